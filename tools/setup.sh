@@ -8,7 +8,7 @@
 set -euo pipefail
 
 build=(g++ cmake ninja-build ccache pkg-config
-  qtbase5-dev qtdeclarative5-dev qtmultimedia5-dev libqt5svg5-dev
+  qtbase5-dev qtdeclarative5-dev qtmultimedia5-dev
   libvlc-dev libtbb-dev libwildmagic-dev libgl-dev)
 use=(libqt5sql5-sqlite libqt5svg5 qt5-image-formats-plugins
   vlc-plugin-base libgl1 libgl1-mesa-dri fonts-dejavu-core
