@@ -22,6 +22,12 @@ QStringList sources(const QString &folder, const QStringList &patterns)
     return found;
 }
 
+/// A comment may name a key. What only looks like one, as in an address, may go too.
+QString withoutComments(const QByteArray &source)
+{
+    return QString::fromUtf8(source).remove(QRegularExpression("//[^\n]*"));
+}
+
 /// What the first group of `pattern` captures in a file, each match once.
 QStringList captures(const QString &path, const QString &pattern)
 {
@@ -30,7 +36,7 @@ QStringList captures(const QString &path, const QString &pattern)
         return {};
     QStringList found;
     QRegularExpressionMatchIterator it =
-        QRegularExpression(pattern).globalMatch(QString::fromUtf8(file.readAll()));
+        QRegularExpression(pattern).globalMatch(withoutComments(file.readAll()));
     while (it.hasNext())
         found << it.next().captured(1);
     found.removeDuplicates();
