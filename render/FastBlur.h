@@ -29,17 +29,17 @@ public:
     void blur(QOpenGLFunctions *gl, int texture, int targetFbo, QSize size);
 
 private:
-    // A program and the places of its uniforms, looked up once.
+    // A program and the locations that each frame needs, looked up once.
     struct Pass
     {
         QOpenGLShaderProgram *program = nullptr;
-        int matrix = -1;
-        int texture = -1;
+        int position = -1;
+        int texCoord = -1;
         int extent = -1; // size along the pass's axis, in pixels
     };
 
     void createPrograms();
-    static Pass createPass(const char *name, const QByteArray &vertexSource, const char *extent);
+    static Pass createPass(const char *name, const QByteArray &vertex, const char *extent);
     static void draw(QOpenGLFunctions *gl, const Pass &pass, uint texture, int extent);
 
     std::unique_ptr<QOpenGLFramebufferObject> m_blurFbo;

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "render/ShaderSpecialiser.h"
+
+#include "render/ShaderFragments.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr float kPi = 3.14159265358979323846F;
+constexpr float kHalfPi = 1.57079632679489661923F;
+
+// Nine digits name every float, and a point or an exponent makes the number a float in GLSL.
+QByteArray literal(float value)
+{
+    const QByteArray digits = QByteArray::number(double(value), 'g', 9);
+    return digits.contains('.') || digits.contains('e') ? digits : digits + ".0";
+}
+
+// The value as GLSL, or nothing if one of its numbers cannot be written.
+QByteArray initialiser(const QByteArray &type, const QVector<float> &value)
+{
+    QByteArray numbers;
+    for (const float number : value) {
+        if (!std::isfinite(number))
+            return {};
+        numbers += (numbers.isEmpty() ? "" : ", ") + literal(number);
+    }
+    return type + '(' + numbers + ')';
+}
+
+// The ray's work at the quad's corners. Each projection makes its ray from the screen vector times
+// a factor of its own, `scale`; its part in the turned world and the turned z axis are enough to
+// finish it in a fragment.
+QByteArray cornerDeclarations()
+{
+    return "uniform highp mat4 uMatViewInverse;"
+           "uniform highp float uFov;"
+           "uniform highp float uProjScale;"
+           "uniform highp vec2 uViewportSize;"
+           "uniform highp vec2 uViewportSizeMin;"
+           "uniform highp vec2 uViewportSizeRatio;"
+           "varying highp vec3 across;"
+           "varying highp vec3 axis;\n";
+}
+
+QByteArray cornerRay(const QByteArray &scale)
+{
+    return "   highp float a = .017453293 * uFov;\n"
+           "   highp vec2 screenPt = 2.0 * texture.xy * uViewportSize / uViewportSizeMin"
+           " - uViewportSizeRatio;\n"
+           "   across = vec3(uMatViewInverse * vec4("
+        + scale
+        + " * screenPt, 0.0, 0.0));\n"
+          "   axis = uMatViewInverse[2].xyz;\n";
+}
+
+// A ray section, the factor of its screen vector, and what is left of it for the fragments. A turn
+// keeps lengths, so dot(across, across) is the squared length of the scaled screen vector.
+struct RayTwin
+{
+    QByteArray section;
+    const char *scale;
+    const char *rest;
+};
+
+QVector<RayTwin> rayTwins()
+{
+    return {
+        {QByteArray(ShaderFragments::kRayRectilinear) + ShaderFragments::kRayRectilinearEnd,
+         "tan(a / 2.0)", "vec3 pt = across - axis;"},
+        {ShaderFragments::kRayLittlePlanet, "a",
+         "float d = dot(across, across);"
+         "vec3 pt = (across * 2.5 + axis * (d - 1.5625)) / (d + 1.5625);"},
+        {ShaderFragments::kRayFisheye, "a / 2.0",
+         "float agl = length(across);"
+         "if (agl > pi) { return vec2(-1.); }"
+         "vec3 pt = across * (sin(agl) / agl) - axis * cos(agl);"},
+        {ShaderFragments::kRayAdaptive, "uProjScale",
+         "float zs = uProjectionDistance;"
+         "float xy2 = dot(across, across);"
+         "float zs12 = (zs+1.0)*(zs+1.0);"
+         "float delta = 4.0*(zs*zs*xy2*xy2 - (xy2+zs12)*(xy2*zs*zs-zs12));"
+         "float z = (2.0*zs*xy2 - sqrt(delta)) / (2.0 * (zs12 + xy2));"
+         "vec3 pt = across * ((zs-z) / (zs+1.0)) + axis * z;"},
+    };
+}
+
+// cos and sin of atan(x, z) without the angle. At the lens axis, where the length is 0, so is i_r.
+constexpr char kFisheyeCircleTwin[] =
+    "float len = sqrt(pt.x*pt.x + pt.z*pt.z);"
+    "float i_r = atan(len, pt.y) * (1.0 / (pi*1.33)) / max(len, 1e-20);"
+    "vec2 uv = i_r * pt.zx + 0.5;";
+
+// What the rejection lets through lies in 0 to 1 or is not a number, and only that turns black.
+constexpr char kBorderGuardTwin[] = "color *= step(0.0, a.x * a.y);";
+
+} // namespace
+
+QVector<UniformConstant> ShaderSpecialiser::gradingConstants()
+{
+    const QVector<float> identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    return {
+        {"uColorMatrix", identity},
+        {"uBrightness", {0}},
+        {"uContrast", {0}},
+        {"uHue", {0}},
+        {"uSaturation", {0}},
+        {"uVibrance", {0}},
+        {"uTime", {0}},
+        {"uVignettingRadius", {0}},
+        {"uVignettingAmount", {0}},
+    };
+}
+
+bool ShaderSpecialiser::isFullSphere(float yawMin, float yawMax, float pitchMin, float pitchMax)
+{
+    return yawMin == -kPi && yawMax == kPi && pitchMin == -kHalfPi && pitchMax == kHalfPi;
+}
+
+QVector<UniformConstant> ShaderSpecialiser::fullSphereConstants()
+{
+    return {
+        {"uYawMin", {-kPi}},
+        {"uYawMax", {kPi}},
+        {"uPitchMin", {-kHalfPi}},
+        {"uPitchMax", {kHalfPi}},
+    };
+}
+
+QByteArray ShaderSpecialiser::specialise(const QByteArray &fragment,
+                                         const QVector<UniformConstant> &constants)
+{
+    QByteArray text = fragment;
+    for (const UniformConstant &constant : constants) {
+        const QByteArray type = constant.value.size() == 16 ? "mat4" : "float";
+        const QByteArray value = initialiser(type, constant.value);
+        if (value.isEmpty() || (constant.value.size() != 1 && constant.value.size() != 16))
+            continue;
+        const QByteArray declaration = type + ' ' + constant.name;
+        text.replace("uniform " + declaration + ';', "const " + declaration + " = " + value + ';');
+    }
+    return text;
+}
+
+ShaderTexts ShaderSpecialiser::streamline(const ShaderTexts &texts)
+{
+    ShaderTexts result = texts;
+    result.fragment.replace(ShaderFragments::kSourceFisheyeCircle, kFisheyeCircleTwin);
+    result.fragment.replace(ShaderFragments::kBorderGuard, kBorderGuardTwin);
+
+    const QByteArray texCoordDeclaration = "varying highp vec4 texCoord;";
+    const QByteArray texCoordAssignment = "   texCoord = texture;\n";
+    for (const RayTwin &twin : rayTwins()) {
+        if (!result.fragment.contains(twin.section) || !result.vertex.contains(texCoordAssignment))
+            continue;
+        result.fragment.replace(twin.section, twin.rest);
+        result.fragment.replace(texCoordDeclaration,
+                                texCoordDeclaration
+                                    + "varying highp vec3 across;varying highp vec3 axis;");
+        result.vertex.replace(texCoordAssignment, texCoordAssignment + cornerRay(twin.scale));
+        result.vertex.prepend(cornerDeclarations());
+        break;
+    }
+    return result;
+}
