@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "render/PanoramaProgram.h"
+
+#include "render/ShaderProgram.h"
+#include "render/ShaderSpecialiser.h"
+#include "render/VxShaderCodeBuilder.h"
+
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QOpenGLShaderProgram>
+
+namespace {
+
+// Both the positions and the texture coordinates of the quad.
+constexpr float kQuad[] = {0, 0, 0, 1, 1, 1, 1, 0};
+
+/// Places the unit quad exactly on the viewport.
+QMatrix4x4 quadMatrix()
+{
+    QMatrix4x4 matrix;
+    matrix.perspective(90, 1, 0.01F, 100);
+    matrix.translate(0, 0, -0.5F);
+    matrix.translate(-0.5F, -0.5F, 0);
+    return matrix;
+}
+
+} // namespace
+
+bool PanoramaUniforms::operator==(const PanoramaUniforms &other) const
+{
+    return matViewInverse == other.matViewInverse && viewportSize == other.viewportSize
+        && viewportSizeMin == other.viewportSizeMin && viewportSizeRatio == other.viewportSizeRatio
+        && fov == other.fov && yaw == other.yaw && pitch == other.pitch && yawMin == other.yawMin
+        && yawMax == other.yawMax && pitchMin == other.pitchMin && pitchMax == other.pitchMax;
+}
+
+bool PanoramaUniforms::isFullSphere() const
+{
+    return ShaderSpecialiser::isFullSphere(yawMin, yawMax, pitchMin, pitchMax);
+}
+
+PanoramaProgram::~PanoramaProgram() = default;
+
+std::unique_ptr<PanoramaProgram>
+PanoramaProgram::build(const char *name, const QByteArray &fragmentSource, bool fullSphere)
+{
+    QVector<UniformConstant> constants = ShaderSpecialiser::gradingConstants();
+    if (fullSphere)
+        constants += ShaderSpecialiser::fullSphereConstants();
+    std::unique_ptr<QOpenGLShaderProgram> program(
+        ShaderProgram::build(name, VxShaderCodeBuilder::vertexShaderSource(),
+                             ShaderSpecialiser::specialise(fragmentSource, constants)));
+    if (!program)
+        return nullptr;
+    std::unique_ptr<PanoramaProgram> result(new PanoramaProgram);
+    result->m_program = std::move(program);
+    result->lookUpLocations();
+    return result;
+}
+
+void PanoramaProgram::lookUpLocations()
+{
+    m_vertex = m_program->attributeLocation("vertex");
+    m_texture = m_program->attributeLocation("texture");
+    m_matViewInverse = m_program->uniformLocation("uMatViewInverse");
+    m_eye = m_program->uniformLocation("uEye");
+    m_viewportSize = m_program->uniformLocation("uViewportSize");
+    m_viewportSizeMin = m_program->uniformLocation("uViewportSizeMin");
+    m_viewportSizeRatio = m_program->uniformLocation("uViewportSizeRatio");
+    m_fov = m_program->uniformLocation("uFov");
+    m_yawMin = m_program->uniformLocation("uYawMin");
+    m_yawMax = m_program->uniformLocation("uYawMax");
+    m_pitchMin = m_program->uniformLocation("uPitchMin");
+    m_pitchMax = m_program->uniformLocation("uPitchMax");
+    m_cameraYaw = m_program->uniformLocation("uCameraYaw");
+    m_cameraPitch = m_program->uniformLocation("uCameraPitch");
+    m_projScale = m_program->uniformLocation("uProjScale");
+    m_projectionDistance = m_program->uniformLocation("uProjectionDistance");
+
+    // These hold for the life of the program.
+    m_program->bind();
+    m_program->setUniformValue("matrix", quadMatrix());
+    m_program->setUniformValue("uSampler", 0);
+    m_program->release();
+
+    // The switch of the fixed-function pipeline exists in compatibility contexts only.
+    const QOpenGLContext *context = QOpenGLContext::currentContext();
+    m_enableTexture2D =
+        !context->isOpenGLES() && context->format().profile() != QSurfaceFormat::CoreProfile;
+}
+
+void PanoramaProgram::draw(QOpenGLFunctions *gl, const PanoramaUniforms &uniforms, int eye,
+                           unsigned texture)
+{
+    m_program->bind();
+    const auto vector = [this](int location, const std::array<float, 2> &value) {
+        m_program->setUniformValue(location, value[0], value[1]);
+    };
+    m_program->setUniformValue(m_matViewInverse, uniforms.matViewInverse);
+    m_program->setUniformValue(m_eye, eye);
+    vector(m_viewportSize, uniforms.viewportSize);
+    vector(m_viewportSizeMin, uniforms.viewportSizeMin);
+    vector(m_viewportSizeRatio, uniforms.viewportSizeRatio);
+    m_program->setUniformValue(m_fov, uniforms.fov);
+    m_program->setUniformValue(m_yawMin, uniforms.yawMin);
+    m_program->setUniformValue(m_yawMax, uniforms.yawMax);
+    m_program->setUniformValue(m_pitchMin, uniforms.pitchMin);
+    m_program->setUniformValue(m_pitchMax, uniforms.pitchMax);
+    m_program->setUniformValue(m_cameraYaw, uniforms.yaw);
+    m_program->setUniformValue(m_cameraPitch, uniforms.pitch);
+    const ProjectionParameters lens = VxShaderCodeBuilder::projectionParameters(uniforms.fov);
+    m_program->setUniformValue(m_projScale, lens.scale);
+    m_program->setUniformValue(m_projectionDistance, lens.distance);
+
+    m_program->enableAttributeArray(m_vertex);
+    m_program->enableAttributeArray(m_texture);
+    m_program->setAttributeArray(m_vertex, kQuad, 2);
+    m_program->setAttributeArray(m_texture, kQuad, 2);
+
+    gl->glActiveTexture(GL_TEXTURE0);
+    if (m_enableTexture2D)
+        gl->glEnable(GL_TEXTURE_2D);
+    gl->glBindTexture(GL_TEXTURE_2D, texture);
+    // On every draw: the texture belongs to its maker, who may have set others.
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    gl->glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
+
+    m_program->disableAttributeArray(m_vertex);
+    m_program->disableAttributeArray(m_texture);
+    m_program->release();
+}
