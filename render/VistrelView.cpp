@@ -1,0 +1,334 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "render/VistrelView.h"
+
+#include "app/VxContext.h"
+#include "app/VxGlobalObject.h"
+#include "devices/VxHmdUIManager.h"
+#include "render/FastBlur.h"
+#include "render/VxShaderCodeBuilder.h"
+#include "render/VxTextureProvider.h"
+
+#include <QDateTime>
+#include <QLoggingCategory>
+#include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
+#include <QOpenGLFunctions>
+#include <QQuickWindow>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
+
+// What shows wherever no source is.
+constexpr float kBackground = 0.1333333F;
+
+/// Holds an OpenMP lock for a scope.
+class LockGuard
+{
+public:
+    explicit LockGuard(omp_lock_t &lock)
+        : m_lock(lock)
+    {
+        omp_set_lock(&m_lock);
+    }
+
+    ~LockGuard() { omp_unset_lock(&m_lock); }
+    Q_DISABLE_COPY(LockGuard)
+
+private:
+    omp_lock_t &m_lock;
+};
+
+} // namespace
+
+bool VistrelView::FrameState::operator==(const FrameState &other) const
+{
+    return textureId == other.textureId && contentRevision == other.contentRevision
+        && splitView == other.splitView && viewport == other.viewport && itemSize == other.itemSize
+        && pixelRatio == other.pixelRatio && uniforms == other.uniforms;
+}
+
+VistrelView::VistrelView(QQuickItem *parent)
+    : QQuickPaintedItem(parent)
+    , m_fastBlur(std::make_unique<FastBlur>())
+{
+    omp_init_lock(&m_printLock);
+    setMipmap(false);
+    setRenderTarget(InvertedYFramebufferObject);
+    // Each frame covers the item, so it needs no blending with what lies below.
+    setOpaquePainting(true);
+}
+
+VistrelView::~VistrelView()
+{
+    omp_destroy_lock(&m_printLock);
+}
+
+void VistrelView::init(QObject *application)
+{
+    m_context = qobject_cast<VxContext *>(application);
+    if (!m_context)
+        return;
+    QQuickWindow *window = m_context->window();
+    VxGlobalObject *controller = m_context->globalObject();
+    VxShaderCodeBuilder *builder = m_context->shaderBuilder();
+
+    const auto compute = &VistrelView::computeViewportParameters;
+    connect(this, &QQuickItem::widthChanged, this, compute);
+    connect(this, &QQuickItem::heightChanged, this, compute);
+    connect(window, &QWindow::screenChanged, this, compute);
+    connect(controller, &VxGlobalObject::splitViewChanged, this, compute);
+    connect(controller, &VxGlobalObject::tv3dViewChanged, this, compute);
+    connect(builder, &VxShaderCodeBuilder::stereoModeChanged, this, compute);
+
+    connect(window, SIGNAL(frameSwapped()), this, SLOT(update()));
+
+    const auto dirty = &VistrelView::dirtyShader;
+    connect(builder, &VxShaderCodeBuilder::hmdModeChanged, this, dirty);
+    connect(builder, &VxShaderCodeBuilder::effectChanged, this, dirty);
+    connect(builder, &VxShaderCodeBuilder::projectionChanged, this, dirty);
+    connect(builder, &VxShaderCodeBuilder::projectionSourceChanged, this, dirty);
+    connect(builder, &VxShaderCodeBuilder::stereoModeChanged, this, dirty);
+    connect(builder, &VxShaderCodeBuilder::rotationSourceChanged, this, dirty);
+    connect(builder, &VxShaderCodeBuilder::invertedColorsChanged, this, dirty);
+    connect(builder, &VxShaderCodeBuilder::texturePixelFormatChanged, this, dirty);
+
+    connect(window, &QQuickWindow::sceneGraphInvalidated, this, &VistrelView::releaseGraphics,
+            Qt::DirectConnection);
+
+    computeViewportParameters();
+}
+
+int VistrelView::printScreenRequested() const
+{
+    const LockGuard guard(m_printLock);
+    return m_printScreenRequested;
+}
+
+void VistrelView::setPrintScreenRequested(int mode)
+{
+    {
+        const LockGuard guard(m_printLock);
+        if (mode == m_printScreenRequested)
+            return;
+        m_printScreenRequested = mode;
+    }
+    Q_EMIT printScreenRequestedChanged();
+}
+
+void VistrelView::dirtyShader()
+{
+    m_shaderDirty = true;
+}
+
+void VistrelView::computeViewportParameters()
+{
+    if (!m_context || !m_context->shaderBuilder())
+        return;
+    const VxGlobalObject *controller = m_context->globalObject();
+    const bool split = controller->splitView();
+    // On a 3D television each eye's picture is squeezed into half the width and keeps its shape.
+    const bool halvesPicture = split && !controller->tv3dView();
+    const int pictureWidth = int(halvesPicture ? width() / 2 : width());
+    const int pictureHeight = int(height());
+    if (pictureWidth > 0 && pictureHeight > 0) {
+        const auto w = float(pictureWidth);
+        const auto h = float(pictureHeight);
+        const float smaller = std::min(w, h);
+        const float larger = std::max(w, h);
+        m_viewportSize = {w, h};
+        m_viewportSizeMin = {smaller, smaller};
+        m_viewportSizeRatio = {larger / h, h / smaller};
+    }
+
+    m_viewportWidth = int(split ? width() / 2 : width());
+    m_viewportHeight = int(height());
+    if (const QScreen *screen = m_context->window()->screen()) {
+        m_viewportWidth = int(m_viewportWidth * screen->devicePixelRatio());
+        m_viewportHeight = int(m_viewportHeight * screen->devicePixelRatio());
+    }
+}
+
+// On the rendering thread, with the main thread held.
+QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
+{
+    if (!m_context)
+        return QQuickPaintedItem::updatePaintNode(node, data);
+    m_state = currentState();
+    // A new node brings a new framebuffer, possibly under the old one's number.
+    const bool kept = node && m_frameKept && !m_shaderDirty && !isOverlayActive()
+        && printScreenRequested() == 0 && m_state == m_painted;
+    if (!kept) {
+        m_frameKept = false;
+        return QQuickPaintedItem::updatePaintNode(node, data);
+    }
+    // The base class would clear the framebuffer before it lets us paint.
+    computeFps();
+    return node;
+}
+
+// On the rendering thread, with the main thread held.
+void VistrelView::paint(QPainter *)
+{
+    if (!m_context)
+        return;
+    if (QOpenGLContext *context = QOpenGLContext::currentContext())
+        paintFrame(context->functions());
+    computeFps();
+}
+
+void VistrelView::paintFrame(QOpenGLFunctions *gl)
+{
+    const bool hasTexture = m_state.textureId > 0;
+    m_painted = m_state;
+    m_frameKept = true;
+
+    gl->glClearColor(kBackground, kBackground, kBackground, 1);
+    gl->glClear(GL_COLOR_BUFFER_BIT);
+    if (!hasTexture)
+        return;
+    if (m_shaderDirty || m_fullSphere != m_state.uniforms.isFullSphere())
+        createShaders();
+    if (!m_panoramaProgram)
+        return;
+
+    drawEye(gl, 0);
+    if (m_state.splitView)
+        drawEye(gl, 1);
+    gl->glBindTexture(GL_TEXTURE_2D, 0);
+    announceFirstFrame();
+}
+
+VistrelView::FrameState VistrelView::currentState() const
+{
+    const VxGlobalObject *controller = m_context->globalObject();
+    const VxTextureProvider *provider = m_context->textureProvider();
+    FrameState state;
+    state.uniforms.matViewInverse = controller->rotationMatrix();
+    state.uniforms.viewportSize = m_viewportSize;
+    state.uniforms.viewportSizeMin = m_viewportSizeMin;
+    state.uniforms.viewportSizeRatio = m_viewportSizeRatio;
+    state.uniforms.fov = controller->fov();
+    state.uniforms.yaw = controller->yaw();
+    state.uniforms.pitch = controller->adjustedPitch();
+    state.uniforms.yawMin = controller->yawMin();
+    state.uniforms.yawMax = controller->yawMax();
+    state.uniforms.pitchMin = controller->pitchMin();
+    state.uniforms.pitchMax = controller->pitchMax();
+    state.viewport = {m_viewportWidth, m_viewportHeight};
+    state.itemSize = size();
+    state.pixelRatio = m_context->window()->effectiveDevicePixelRatio();
+    state.splitView = controller->splitView();
+    // The revision first: a frame that arrives in between is then drawn twice rather than missed.
+    state.contentRevision = provider->contentRevision();
+    state.textureId = provider->textureId();
+    return state;
+}
+
+bool VistrelView::isOverlayActive() const
+{
+    const VxHmdUIManager *manager = m_context->hmdUIManager();
+    return manager && manager->isActivated();
+}
+
+void VistrelView::createShaders()
+{
+    VxShaderCodeBuilder *builder = m_context->shaderBuilder();
+    m_fullSphere = m_state.uniforms.isFullSphere();
+    m_panoramaProgram = PanoramaProgram::build(
+        "panorama", builder->fragmentShaderSource(false, false, false), m_fullSphere);
+    // The first frame does without the overlay's shader; it is built when the overlay opens.
+    m_overlayProgram.reset();
+    m_overlayMissing = false;
+    m_shaderDirty = false;
+}
+
+void VistrelView::drawEye(QOpenGLFunctions *gl, int eye, QSize size)
+{
+    const int width = size.isValid() ? size.width() : m_viewportWidth;
+    const int height = size.isValid() ? size.height() : m_viewportHeight;
+    const int left = eye == 1 ? width : 0;
+    if (!isOverlayActive()) {
+        gl->glViewport(left, 0, width, height);
+        drawPanorama(gl, eye);
+        return;
+    }
+
+    if (!m_overlayScene || m_overlayScene->size() != QSize(width, height))
+        m_overlayScene = std::make_unique<QOpenGLFramebufferObject>(
+            width, height, QOpenGLFramebufferObject::NoAttachment, GL_TEXTURE_2D);
+    GLint target = 0;
+    gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &target);
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, m_overlayScene->handle());
+    gl->glViewport(0, 0, width, height);
+    drawPanorama(gl, eye);
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, GLuint(target));
+    gl->glViewport(left, 0, width, height);
+    m_fastBlur->blur(gl, int(m_overlayScene->texture()), target, QSize(width, height));
+
+    gl->glEnable(GL_BLEND);
+    gl->glBlendFunc(GL_DST_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    drawOverlay(gl, 0);
+    drawOverlay(gl, 1);
+    gl->glDisable(GL_BLEND);
+}
+
+void VistrelView::drawPanorama(QOpenGLFunctions *gl, int eye)
+{
+    m_panoramaProgram->draw(gl, m_state.uniforms, eye, unsigned(m_state.textureId));
+}
+
+void VistrelView::drawOverlay(QOpenGLFunctions *gl, int layer)
+{
+    if (!m_overlayProgram && !m_overlayMissing) {
+        m_overlayProgram = PanoramaProgram::build(
+            "overlay", m_context->shaderBuilder()->fragmentShaderSource(false, true, true), false);
+        m_overlayMissing = !m_overlayProgram;
+    }
+    if (!m_overlayProgram)
+        return;
+    const VxHmdUIManager *manager = m_context->hmdUIManager();
+    PanoramaUniforms uniforms = m_state.uniforms;
+    // The wall stays in the world while the camera turns; the foreground turns with it.
+    uniforms.matViewInverse =
+        layer == 0 ? manager->uiMatrixCopy() * m_state.uniforms.matViewInverse : QMatrix4x4();
+    m_overlayProgram->draw(gl, uniforms, 0, unsigned(manager->textureId(layer)));
+}
+
+void VistrelView::releaseGraphics()
+{
+    m_panoramaProgram.reset();
+    m_overlayProgram.reset();
+    m_overlayScene.reset();
+    m_shaderDirty = true;
+    m_frameKept = false;
+}
+
+void VistrelView::announceFirstFrame()
+{
+    if (m_firstFrameAnnounced)
+        return;
+    m_firstFrameAnnounced = true;
+    // The frame is seen when it has been swapped, not when it has been drawn.
+    auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection = connect(window(), &QQuickWindow::frameSwapped, [connection] {
+        qCDebug(lcTiming) << "first panorama frame";
+        disconnect(*connection);
+    });
+}
+
+void VistrelView::computeFps()
+{
+    const qint64 second = QDateTime::currentMSecsSinceEpoch() / 1000;
+    if (second > m_lastSecond) {
+        m_fps = m_frameCount + 1;
+        m_lastSecond = second;
+        m_frameCount = 0;
+        Q_EMIT fpsChanged();
+    } else {
+        ++m_frameCount;
+    }
+}

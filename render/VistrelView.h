@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The item that shows the panorama: one quad per eye, drawn with the generated shader into the
+// item's framebuffer, below the interface.
+
+#include "render/PanoramaProgram.h"
+
+#include <QQuickPaintedItem>
+#include <QSize>
+
+#include <omp.h>
+
+#include <array>
+#include <memory>
+
+class FastBlur;
+class QOpenGLFramebufferObject;
+class QOpenGLFunctions;
+class VxContext;
+
+/// The panorama. paint() and what it calls run on the rendering thread while the main thread is
+/// held, so they read the controller's and the builder's plain values; everything else runs on the
+/// main thread.
+class VistrelView : public QQuickPaintedItem
+{
+    Q_OBJECT
+    Q_PROPERTY(int fps READ fps NOTIFY fpsChanged)
+    Q_PROPERTY(int printScreenRequested READ printScreenRequested WRITE setPrintScreenRequested
+                   NOTIFY printScreenRequestedChanged)
+
+public:
+    explicit VistrelView(QQuickItem *parent = nullptr);
+    ~VistrelView() override;
+
+    /// Gives the item its surroundings; \a application is the VxContext. Without it nothing is
+    /// painted.
+    Q_INVOKABLE void init(QObject *application);
+
+    /// Frames of the last whole second.
+    int fps() const { return m_fps; }
+
+    /// The pending snapshot: 0 none, 1 in the view's size, 2 in the source's resolution.
+    int printScreenRequested() const;
+    void setPrintScreenRequested(int mode);
+
+    void paint(QPainter *painter) override;
+
+public Q_SLOTS:
+    void dirtyShader();
+    void computeFps();
+    void computeViewportParameters();
+
+Q_SIGNALS:
+    void fpsChanged();
+    void printScreenRequestedChanged();
+
+protected:
+    QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *data) override;
+
+private:
+    /// All that the pixels of a frame depend on.
+    struct FrameState
+    {
+        PanoramaUniforms uniforms;
+        std::array<int, 2> viewport{};
+        QSizeF itemSize; // with the ratio, what Qt makes the framebuffer's size of
+        qreal pixelRatio = 0;
+        bool splitView = false;
+        int textureId = 0;
+        unsigned contentRevision = 0;
+        bool operator==(const FrameState &other) const;
+    };
+
+    /// Drops what lives in the scene graph's context. Rendering thread, with that context current.
+    void releaseGraphics();
+    FrameState currentState() const;
+    bool isOverlayActive() const;
+    void paintFrame(QOpenGLFunctions *gl);
+    void createShaders();
+    void drawEye(QOpenGLFunctions *gl, int eye, QSize size = QSize());
+    void drawPanorama(QOpenGLFunctions *gl, int eye);
+    void drawOverlay(QOpenGLFunctions *gl, int layer);
+    void announceFirstFrame();
+
+    VxContext *m_context = nullptr; // not owned
+
+    std::unique_ptr<PanoramaProgram> m_panoramaProgram;
+    std::unique_ptr<PanoramaProgram> m_overlayProgram;
+    bool m_shaderDirty = true;
+    bool m_overlayMissing = false; // its shader does not build
+    bool m_fullSphere = false; // what the panorama's shader was specialised for
+
+    mutable omp_lock_t m_printLock;
+    int m_printScreenRequested = 0;
+
+    int m_fps = 0;
+    int m_frameCount = 0;
+    qint64 m_lastSecond = 0;
+
+    std::array<float, 2> m_viewportSize{};
+    std::array<float, 2> m_viewportSizeMin{};
+    std::array<float, 2> m_viewportSizeRatio{};
+    int m_viewportWidth = -1; // device pixels
+    int m_viewportHeight = -1;
+
+    FrameState m_state; // of the frame that is being painted
+    FrameState m_painted; // of the frame that the framebuffer holds
+    bool m_frameKept = false; // the framebuffer holds a finished frame of m_painted
+    bool m_firstFrameAnnounced = false;
+
+    std::unique_ptr<FastBlur> m_fastBlur;
+    std::unique_ptr<QOpenGLFramebufferObject> m_overlayScene;
+};
