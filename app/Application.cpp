@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Application.h"
+
+#include "app/CommandLine.h"
+#include "app/Identity.h"
+#include "app/UnixSignals.h"
+#include "app/VxDropArea.h"
+#include "app/VxGlobalObject.h"
+#include "app/VxQQuickView.h"
+#include "render/VistrelView.h"
+#include "render/VxShaderCodeBuilder.h"
+#include "render/VxTextureProvider.h"
+#include "settings/VxSettings.h"
+#include "settings/VxSettingsKeys.h"
+#include "settings/VxVlcOptions.h"
+
+#include <QDir>
+#include <QFileOpenEvent>
+#include <QMessageBox>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QQmlContext>
+#include <QQmlEngine>
+
+namespace {
+
+const QString kAdobePlugin = QStringLiteral("adobeplugin");
+
+} // namespace
+
+Application::Application(int &argc, char **argv)
+    : QApplication(argc, argv)
+    , m_settings(new VxSettings(Identity::applicationName()))
+{
+    m_settings->load();
+}
+
+Application::~Application() = default;
+
+QQuickWindow *Application::window() const
+{
+    return m_view;
+}
+
+void Application::init(const QString &startDirectory)
+{
+    m_commandLine = CommandLine::parse(arguments(), startDirectory);
+    m_sharedMemory = m_settings->get(VxSettingsKeys::kSharedMemory.application).toBool()
+        || m_commandLine.value(kAdobePlugin).toBool();
+    VxVlcOptions::instance()->load(m_settings->store());
+    if (m_commandLine.value(QStringLiteral("customvlc")).toBool())
+        VxVlcOptions::instance()->custom = true;
+    initRenderer();
+
+    m_view = new VxQQuickView(this);
+    // Queued: it comes from the rendering thread, and files are opened on this one.
+    connect(this, &Application::openGLReady, this, &Application::playArgsMedia,
+            Qt::QueuedConnection);
+    connect(m_view, &QQuickWindow::sceneGraphInitialized, this, &Application::checkOpenGLVersion,
+            Qt::DirectConnection);
+    // By name: the event's type is private to Qt.
+    connect(m_view, SIGNAL(closing(QQuickCloseEvent *)), this, SLOT(quit()));
+    m_view->engine()->addImportPath(QStringLiteral(":/"));
+
+    m_textureProvider = new VxTextureProvider(this, true, m_sharedMemory);
+    m_globalObject = new VxGlobalObject(this);
+    m_shaderBuilder = new VxShaderCodeBuilder(this);
+    connect(m_shaderBuilder, &VxShaderCodeBuilder::projectionChanged, m_globalObject,
+            &VxGlobalObject::onProjectionChanged);
+    connect(m_shaderBuilder, &VxShaderCodeBuilder::projectionSourceChanged, m_globalObject,
+            &VxGlobalObject::onProjectionChanged);
+    m_globalObject->setFovLimits();
+
+    setContextProperties();
+    registerQmlTypes();
+    m_view->engine()->addImportPath(QStringLiteral("qrc:/QmlLib"));
+    m_view->engine()->addPluginPath(QDir(applicationDirPath()).absolutePath());
+    m_view->setSource(QUrl(QStringLiteral("qrc:/qml/main_newui.qml")));
+    showView();
+
+    setOrganizationName(Identity::organization());
+    setApplicationName(Identity::applicationName());
+    QDir::setSearchPaths(QStringLiteral("UI"), {QStringLiteral(":/UI")});
+    QDir::setSearchPaths(QStringLiteral("Translation"), {QStringLiteral(":/Translation")});
+
+    connect(new UnixSignals(m_globalObject), &UnixSignals::terminated, m_globalObject,
+            &VxGlobalObject::quit);
+}
+
+void Application::setContextProperties()
+{
+    QQmlContext *root = m_view->rootContext();
+    root->setContextProperty(QStringLiteral("vxApp"), this);
+    root->setContextProperty(QStringLiteral("vxView"), m_view);
+    root->setContextProperty(QStringLiteral("vxShaderCodeBuilder"), m_shaderBuilder);
+    root->setContextProperty(QStringLiteral("vxGlobalObject"), m_globalObject);
+    root->setContextProperty(QStringLiteral("vxTextureProvider"), m_textureProvider);
+    root->setContextProperty(QStringLiteral("vxSettings"), m_settings);
+    root->setContextProperty(QStringLiteral("qt_debug"), QVariant());
+}
+
+void Application::registerQmlTypes()
+{
+    constexpr char kModule[] = "Vistrel";
+    qmlRegisterUncreatableType<VxShaderCodeBuilder>(kModule, 1, 0, "VxShaderCodeBuilder",
+                                                    QStringLiteral("Enums only"));
+    qmlRegisterType<VxDropArea>(kModule, 1, 0, "VxDropArea");
+    qmlRegisterType<VistrelView>(kModule, 1, 0, "VistrelView");
+}
+
+void Application::showView()
+{
+    m_view->setTitle(Identity::displayName());
+    m_view->setFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+                     | Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint
+                     | Qt::WindowFullscreenButtonHint);
+    m_view->setMinimumSize(QSize(640, 460));
+    m_view->setResizeMode(QQuickView::SizeRootObjectToView);
+    if (m_commandLine.value(kAdobePlugin).toBool()) {
+        // The host plug-in shows the window when it wants it.
+        m_view->setFlags(m_view->flags() | Qt::WindowStaysOnTopHint);
+    } else if (m_view->isFullScreen()) {
+        m_view->showFullScreen();
+    } else {
+        m_view->show();
+    }
+}
+
+// On the rendering thread, with the scene graph's first context current.
+void Application::checkOpenGLVersion()
+{
+    if (!hasShaders()) {
+        QMetaObject::invokeMethod(this, &Application::displayOpenGLErrorMessage,
+                                  Qt::QueuedConnection);
+        return;
+    }
+    QOpenGLContext *current = QOpenGLContext::currentContext();
+    current->functions()->initializeOpenGLFunctions();
+    m_mainContext = current;
+    m_shareContext = new QOpenGLContext;
+    m_shareContext->setShareContext(current);
+    m_shareContext->setFormat(current->format());
+    m_shareContext->create();
+    // Born on the rendering thread, which will be gone when the headset's thread takes it.
+    m_shareContext->moveToThread(thread());
+    Q_EMIT openGLReady();
+}
+
+bool Application::hasShaders() const
+{
+    const QOpenGLContext *current = QOpenGLContext::currentContext();
+    // No driver of today lacks shaders: the way to see what a user of one that does would see.
+    static const bool pretendNone = qEnvironmentVariableIsSet("TAVRO_WITHOUT_SHADERS");
+    return current && !pretendNone
+        && current->functions()->hasOpenGLFeature(QOpenGLFunctions::Shaders);
+}
+
+void Application::displayOpenGLErrorMessage()
+{
+    QMessageBox box(QMessageBox::Critical, QString(), tr("OpenGL 2.0 minimum is required."));
+    box.setModal(true);
+    box.exec();
+    quit();
+}
+
+void Application::playArgsMedia()
+{
+    disconnect(this, &Application::openGLReady, this, &Application::playArgsMedia);
+    const QString files = QStringLiteral("files");
+    if (m_commandLine.contains(files))
+        m_globalObject->openFiles(m_commandLine.value(files).toStringList(), false);
+}
+
+bool Application::event(QEvent *event)
+{
+    if (event->type() == QEvent::FileOpen && m_globalObject)
+        m_globalObject->openFile(static_cast<QFileOpenEvent *>(event)->file(), true);
+    return QApplication::event(event);
+}
+
+void Application::teardown()
+{
+    VxVlcOptions::instance()->save(m_settings->store());
+    // The scene first: its items and its rendering thread use everything below.
+    delete m_view;
+    m_view = nullptr;
+    // Before the builder and the texture provider, whose signals it receives.
+    delete m_globalObject;
+    m_globalObject = nullptr;
+    delete m_shaderBuilder;
+    m_shaderBuilder = nullptr;
+    // Shares with the scene graph's context, which went with the view.
+    delete m_shareContext;
+    m_shareContext = nullptr;
+    // The last that holds textures.
+    delete m_textureProvider;
+    m_textureProvider = nullptr;
+    m_settings->save();
+    delete m_settings;
+    m_settings = nullptr;
+}

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The program's spine: owns every subsystem object, makes them in a fixed order, shows them to the
+// interface and deletes them in a fixed order.
+
+#include "app/VxContext.h"
+
+#include <QApplication>
+#include <QVariantMap>
+
+class VxQQuickView;
+
+/// Made on the stack of `main`; init() before the event loop, teardown() after it. All on the main
+/// thread, but for checkOpenGLVersion().
+class Application : public QApplication, public VxContext
+{
+    Q_OBJECT
+    Q_INTERFACES(VxContext)
+
+public:
+    Application(int &argc, char **argv);
+    ~Application() override;
+
+    /// Makes everything and shows the window. \a startDirectory is where relative paths of the
+    /// command line count from.
+    void init(const QString &startDirectory);
+    /// Deletes everything and writes the settings.
+    void teardown();
+
+    VxSettings *settings() const override { return m_settings; }
+
+    QQuickWindow *window() const override;
+
+    VxGlobalObject *globalObject() const override { return m_globalObject; }
+
+    VxShaderCodeBuilder *shaderBuilder() const override { return m_shaderBuilder; }
+
+    VxTextureProvider *textureProvider() const override { return m_textureProvider; }
+
+    VxHmd *hmd() const override { return nullptr; }
+
+    VxHmdUIManager *hmdUIManager() const override { return nullptr; }
+
+    QOpenGLContext *mainContext() const override { return m_mainContext; }
+
+    QOpenGLContext *shareContext() const override { return m_shareContext; }
+
+    QVariantMap commandLine() const override { return m_commandLine; }
+
+    bool sharedMemory() const override { return m_sharedMemory; }
+
+public Q_SLOTS:
+    /// Tells the user that the graphics driver is too old, and quits.
+    void displayOpenGLErrorMessage();
+    /// On the rendering thread, with the scene graph's first context current.
+    void checkOpenGLVersion();
+
+    /// A hook for what has to stand before the window.
+    void initRenderer() { }
+
+Q_SIGNALS:
+    /// The scene graph has its context, and that is good enough. From the rendering thread.
+    void openGLReady();
+
+protected:
+    bool event(QEvent *event) override;
+
+private Q_SLOTS:
+    void playArgsMedia();
+
+private:
+    bool hasShaders() const;
+    void registerQmlTypes();
+    void setContextProperties();
+    void showView();
+
+    VxSettings *m_settings = nullptr;
+    VxQQuickView *m_view = nullptr;
+    VxGlobalObject *m_globalObject = nullptr;
+    VxShaderCodeBuilder *m_shaderBuilder = nullptr;
+    VxTextureProvider *m_textureProvider = nullptr;
+    QOpenGLContext *m_mainContext = nullptr; // the scene graph's
+    QOpenGLContext *m_shareContext = nullptr;
+    QVariantMap m_commandLine;
+    bool m_sharedMemory = false;
+};

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The entry point.
+#include "app/Application.h"
+#include "app/VxGlobalObject.h"
+#include "settings/VxVlcOptions.h"
+
+#include <QDir>
+#include <QLoggingCategory>
+#include <QProcess>
+#include <QThread>
+
+#include <exception>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcApp, "tavro.app")
+
+/// Chooses what the platform must know before the application object exists.
+void prepareEnvironment()
+{
+    // Under Wayland the window system gives no native events and no position to the program; where
+    // X11 is there too, it is the better choice.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")
+        && qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && qEnvironmentVariableIsSet("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    // The panorama asks for the next frame as soon as one is shown; waiting for idle time in
+    // between only costs frames.
+    if (!qEnvironmentVariableIsSet("QT_QPA_UPDATE_IDLE_TIME"))
+        qputenv("QT_QPA_UPDATE_IDLE_TIME", "0");
+}
+
+struct Outcome
+{
+    int exitCode = 0;
+    QString program;
+    QStringList arguments;
+};
+
+Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
+{
+    Outcome outcome;
+    Application application(argc, argv);
+    QDir::setCurrent(QCoreApplication::applicationDirPath());
+    outcome.program = QCoreApplication::applicationFilePath();
+    outcome.arguments = QCoreApplication::arguments().mid(1);
+    qputenv("VLC_PLUGIN_PATH", "vlc/plugins");
+    VxVlcOptions options;
+    VxVlcOptions::setInstance(&options);
+    application.init(startDirectory);
+    outcome.exitCode = Application::exec();
+    application.teardown();
+    VxVlcOptions::setInstance(nullptr);
+    return outcome;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    prepareEnvironment();
+    const QString startDirectory = QDir::currentPath();
+    try {
+        const Outcome outcome = runApplication(argc, argv, startDirectory);
+        if (outcome.exitCode == VxGlobalObject::kRestartExitCode) {
+            QThread::sleep(1);
+            // Relative paths among the arguments count from where this process was started.
+            QProcess::startDetached(outcome.program, outcome.arguments, startDirectory);
+        }
+        return outcome.exitCode;
+    } catch (const std::exception &exception) {
+        qCCritical(lcApp) << exception.what();
+        throw;
+    } catch (...) {
+        qCCritical(lcApp) << "Unknown exception";
+        throw;
+    }
+}

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The panorama and the navigation in it by mouse, wheel and touch.
+// Uses vxApp, vxGlobalObject, vxSettings, vxView.
+import QtQuick 2.15
+import Vistrel 1.0
+
+Item {
+    id: area
+
+    required property QtObject mediaLoader
+    readonly property int playerStatus: mediaLoader.mediaPlayer.playerStatus
+    readonly property bool isShowing: playerStatus === Vx_PlayerState.Loaded
+                                      || playerStatus === Vx_PlayerState.Stalled
+                                      || playerStatus === Vx_PlayerState.Buffered
+    readonly property bool isBusy: playerStatus === Vx_PlayerState.Loading
+                                   || playerStatus === Vx_PlayerState.Stalled
+                                   || playerStatus === Vx_PlayerState.Buffering
+                                   || playerStatus === Vx_PlayerState.EndOfMedia
+    property alias view: panorama
+    // Radians per pixel.
+    readonly property real moveSpeed: 0.005
+
+    signal openRequested()
+
+    function zoom(direction, factor) {
+        vxGlobalObject.setFov(vxGlobalObject.fov + (direction < 0 ? factor : -factor), false);
+    }
+
+    function move(x, y) {
+        const sign = vxGlobalObject.touchMode ? -1 : 1;
+        const dx = sign * (x - mouseArea.lastX);
+        const dy = sign * (y - mouseArea.lastY);
+        const inertia = vxSettings.get("application/general/cameraInertia");
+        if (inertia > 0) {
+            const m = 10 * moveSpeed;
+            vxGlobalObject.interpolateValue("yawInterpolate",
+                                            vxGlobalObject.yawInterpolate + dx * m, inertia);
+            vxGlobalObject.interpolateValue("pitchInterpolate",
+                                            vxGlobalObject.pitchInterpolate + dy * m, inertia);
+        } else {
+            vxGlobalObject.yaw += dx * moveSpeed;
+            vxGlobalObject.pitch += dy * moveSpeed;
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: "#222222"
+    }
+
+    VistrelView {
+        id: panorama
+
+        anchors.fill: parent
+        visible: area.isShowing
+        Component.onCompleted: init(vxApp)
+    }
+
+    Loader {
+        id: infoScreen
+
+        property bool isStarted: false
+
+        anchors.fill: parent
+        // A file of the command line takes over right after the first frame: until then the screen
+        // would only flash, and its fonts would keep the file waiting.
+        active: isStarted && !area.isShowing && !area.isBusy
+        source: "Vx_InfoScreen.qml"
+        onLoaded: item.errorString = Qt.binding(() => area.mediaLoader.mediaPlayer.errorString)
+
+        Connections {
+            target: vxView
+            enabled: !infoScreen.isStarted
+
+            function onFrameSwapped() {
+                infoScreen.isStarted = true;
+            }
+        }
+
+        Connections {
+            target: infoScreen.item
+
+            function onOpenRequested() {
+                area.openRequested();
+            }
+        }
+    }
+
+    Loader {
+        anchors.centerIn: parent
+        active: spinnerDelay.elapsed
+        sourceComponent: Vx_Spinner {
+        }
+    }
+
+    // What loads at once needs no spinner.
+    Timer {
+        id: spinnerDelay
+
+        property bool elapsed: false
+
+        interval: 300
+        running: area.isBusy
+        onRunningChanged: elapsed = false
+        onTriggered: elapsed = true
+    }
+
+    PinchArea {
+        id: pinchArea
+
+        property real startFov: 90
+
+        anchors.fill: parent
+        onPinchStarted: startFov = vxGlobalObject.fov
+        onPinchUpdated: vxGlobalObject.setFov(startFov / pinch.scale, false)
+
+        MouseArea {
+            id: mouseArea
+
+            property real lastX: 0
+            property real lastY: 0
+            property real originX: 0
+            property real originY: 0
+            property bool isMoving: false
+            // Pixels that a press may tremble without turning the camera.
+            readonly property int moveThreshold: 6
+
+            anchors.fill: parent
+            onPressed: {
+                vxGlobalObject.stopCameraAnimation();
+                if (pinchArea.pinch.active)
+                    return;
+                originX = lastX = mouse.x;
+                originY = lastY = mouse.y;
+            }
+            onPositionChanged: {
+                if (pressed && !pinchArea.pinch.active) {
+                    if (Math.abs(mouse.x - originX) > moveThreshold
+                            || Math.abs(mouse.y - originY) > moveThreshold)
+                        isMoving = true;
+                    if (isMoving)
+                        area.move(mouse.x, mouse.y);
+                }
+                lastX = mouse.x;
+                lastY = mouse.y;
+            }
+            onExited: isMoving = false
+            onDoubleClicked: {
+                if (!vxGlobalObject.touchTable)
+                    fullScreenDelay.restart();
+            }
+            onWheel: {
+                if (wheel.pixelDelta.y !== 0)
+                    area.zoom(wheel.pixelDelta.y, 2);
+                else if (wheel.angleDelta.y !== 0)
+                    area.zoom(wheel.angleDelta.y, 5);
+            }
+        }
+    }
+
+    // The delay lets the exited event of the double click arrive first.
+    Timer {
+        id: fullScreenDelay
+
+        interval: 500
+        onTriggered: vxView.fullScreenMode(!vxView.fullScreen)
+    }
+}

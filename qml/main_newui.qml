@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The root of the interface.
+// Uses vxGlobalObject, vxSettings, vxView.
+import QtQuick 2.15
+import Vistrel 1.0
+
+FocusScope {
+    id: root
+
+    // The numbers of the message dialog's icons, which is loaded with the first message.
+    readonly property int informationIcon: 1
+    readonly property int criticalIcon: 3
+
+    function changeState(newState, menuCategory) {
+        state = newState;
+    }
+
+    function onDisplayMessage(message, icon) {
+        messageDialog.active = true;
+        messageDialog.item.text = message;
+        messageDialog.item.icon = icon === undefined ? informationIcon : icon;
+        messageDialog.item.open();
+        vxGlobalObject.restoreCursor();
+    }
+
+    function onKeyPressed(event) {
+        vx_menu.onKeyPressed(event);
+    }
+
+    width: vxSettings.get("application/window/width")
+    height: vxSettings.get("application/window/height")
+    focus: true
+    state: "Video"
+    Keys.onPressed: onKeyPressed(event)
+    onWidthChanged: vxSettings.set("application/window/width", width)
+    onHeightChanged: vxSettings.set("application/window/height", height)
+    Component.onCompleted: vxView.displayMessage.connect(onDisplayMessage)
+
+    Item {
+        anchors.fill: parent
+
+        Vx_MediaLoader {
+            id: vx_mediaLoader
+
+            // Out of sight, yet painted: some players' textures exist only while they are.
+            x: root.width
+            onDisplayMessage: root.onDisplayMessage(message, root.criticalIcon)
+            onChangeRootState: root.changeState(newState)
+        }
+
+        Vx_VideoArea {
+            id: vx_videoArea
+
+            anchors.fill: parent
+            mediaLoader: vx_mediaLoader
+            onOpenRequested: openDialog.show()
+        }
+
+        Loader {
+            id: messageDialog
+
+            active: false
+            source: "Vx_MessageDialog.qml"
+        }
+
+        Loader {
+            id: openDialog
+
+            function show() {
+                active = true;
+                item.show();
+            }
+
+            active: false
+            source: "Vx_OpenDialog.qml"
+        }
+
+        VxDropArea {
+            anchors.fill: parent
+            onFilePathListChanged: vxGlobalObject.openFiles(filePathList, true)
+        }
+    }
+
+    Vx_Menu {
+        id: vx_menu
+
+        z: 10
+        mediaLoader: vx_mediaLoader
+        videoArea: vx_videoArea
+        onOpenRequested: openDialog.show()
+    }
+
+    states: [
+        State {
+            name: "Video"
+        }
+    ]
+}
