@@ -14,6 +14,7 @@
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions>
 #include <QQuickWindow>
+#include <QSGNode>
 #include <QScreen>
 
 #include <algorithm>
@@ -165,7 +166,10 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
         m_frameKept = false;
         return QQuickPaintedItem::updatePaintNode(node, data);
     }
-    // The base class would clear the framebuffer before it lets us paint.
+    // The base class would clear the framebuffer before it lets us paint. The node counts as changed
+    // all the same: without a change the window would not swap, and the swap is what asks for the
+    // next frame.
+    node->markDirty(QSGNode::DirtyMaterial);
     computeFps();
     return node;
 }
