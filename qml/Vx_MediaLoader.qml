@@ -7,6 +7,8 @@ Item {
     id: loader
 
     property QtObject mediaPlayer: imagePlayer
+    readonly property url mediaSource: mediaPlayer.mediaSource
+    readonly property var fileMetadata: mediaPlayer.fileMetadata
 
     signal displayMessage(string message)
     signal changeRootState(string newState)

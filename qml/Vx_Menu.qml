@@ -159,4 +159,16 @@ Item {
         sequence: "F"
         onActivated: vxView.fullScreenMode(!vxView.fullScreen)
     }
+
+    Shortcut {
+        sequence: "Ctrl+P"
+        enabled: menu.hasMedia
+        onActivated: menu.videoArea.view.printScreenRequested = 1
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Alt+P"
+        enabled: menu.hasMedia
+        onActivated: menu.videoArea.view.printScreenRequested = 2
+    }
 }

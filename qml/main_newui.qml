@@ -56,6 +56,24 @@ FocusScope {
             onOpenRequested: openDialog.show()
         }
 
+        Vx_PlayerImage {
+            id: vx_playerImage
+
+            anchors.fill: parent
+        }
+
+        Connections {
+            target: vx_videoArea.view
+
+            function onSnapshotSaved(fileName) {
+                vx_playerImage.onShowPlayerText(qsTr("Saved as %1").arg(fileName));
+            }
+
+            function onSnapshotFailed() {
+                vx_playerImage.onShowPlayerText(qsTr("The picture could not be saved"));
+            }
+        }
+
         Loader {
             id: messageDialog
 

@@ -166,9 +166,9 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
         m_frameKept = false;
         return QQuickPaintedItem::updatePaintNode(node, data);
     }
-    // The base class would clear the framebuffer before it lets us paint. The node counts as changed
-    // all the same: without a change the window would not swap, and the swap is what asks for the
-    // next frame.
+    // The base class would clear the framebuffer before it lets us paint. The node counts as
+    // changed all the same: without a change the window would not swap, and the swap is what asks
+    // for the next frame.
     node->markDirty(QSGNode::DirtyMaterial);
     computeFps();
     return node;
@@ -202,8 +202,12 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     drawEye(gl, 0);
     if (m_state.splitView)
         drawEye(gl, 1);
-    gl->glBindTexture(GL_TEXTURE_2D, 0);
     announceFirstFrame();
+    if (const int mode = printScreenRequested()) {
+        setPrintScreenRequested(0);
+        takeSnapshot(gl, mode);
+    }
+    gl->glBindTexture(GL_TEXTURE_2D, 0);
 }
 
 VistrelView::FrameState VistrelView::currentState() const

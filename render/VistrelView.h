@@ -54,6 +54,9 @@ public Q_SLOTS:
 Q_SIGNALS:
     void fpsChanged();
     void printScreenRequestedChanged();
+    /// A snapshot lies on the disk under this name, or could not be written.
+    void snapshotSaved(const QString &fileName);
+    void snapshotFailed();
 
 protected:
     QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *data) override;
@@ -82,6 +85,8 @@ private:
     void drawPanorama(QOpenGLFunctions *gl, int eye);
     void drawOverlay(QOpenGLFunctions *gl, int layer);
     void announceFirstFrame();
+    QSize snapshotSize() const;
+    void takeSnapshot(QOpenGLFunctions *gl, int mode);
 
     VxContext *m_context = nullptr; // not owned
 
