@@ -41,7 +41,7 @@ QFileInfoList directoryEntries(const QString &path)
 
 QUrl urlOfArgument(const QString &argument)
 {
-    const QUrl url(argument);
+    QUrl url(argument);
     const QString scheme = url.scheme();
     for (const char *known : {"http", "https", "rtsp", "udp", "file"}) {
         if (scheme == QLatin1String(known))
@@ -184,7 +184,7 @@ void VxGlobalObject::playListSetNext(bool forceNext)
 
 QString VxGlobalObject::getThumb(const QUrl &media) const
 {
-    const QString given = m_thumbMap.value(media).toString();
+    QString given = m_thumbMap.value(media).toString();
     if (!given.isEmpty())
         return given;
     QString path = media.toLocalFile();

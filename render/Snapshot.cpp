@@ -95,7 +95,7 @@ QString save(const QImage &image, bool render, const QString &folder)
     QDateTime time = QDateTime::currentDateTime();
     constexpr int kAttempts = 1000;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        const QString path = folder + QLatin1Char('/') + fileName(render, time);
+        QString path = folder + QLatin1Char('/') + fileName(render, time);
         QFile file(path);
         if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
             if (image.save(&file, "PNG") && file.flush())

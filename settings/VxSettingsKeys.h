@@ -8,6 +8,13 @@
 
 namespace VxSettingsKeys {
 
+/// A key of which each compiler knows the length: Qt's own constructor measures at run time for
+/// some.
+template <int Size> constexpr QLatin1String literal(const char (&text)[Size])
+{
+    return QLatin1String(text, Size - 1);
+}
+
 /// A preference that lasts between runs, and its twin that running code reads and that is
 /// forgotten at exit.
 struct Setting
@@ -18,7 +25,7 @@ struct Setting
 
 #define TAVRO_SETTING(path)                                                                        \
     {                                                                                              \
-        QLatin1String("application/" path), QLatin1String("instance/" path)                        \
+        literal("application/" path), literal("instance/" path)                                    \
     }
 
 inline constexpr Setting kVolume TAVRO_SETTING("volume");
@@ -74,24 +81,24 @@ inline constexpr Setting kWindowHeight TAVRO_SETTING("window/height");
 #undef TAVRO_SETTING
 
 /// The value of the two folders until the user has chosen one.
-inline constexpr QLatin1String kUndefinedFolder("toBeDefine");
+inline constexpr QLatin1String kUndefinedFolder = literal("toBeDefine");
 
 // Keys without a twin and without a row among the defaults: their readers ask the store.
 
 /// The locale's name for crash reports; empty: the C locale.
-inline constexpr QLatin1String kLanguage("application/language");
-inline constexpr QLatin1String kDumpType("application/dump_type");
+inline constexpr QLatin1String kLanguage = literal("application/language");
+inline constexpr QLatin1String kDumpType = literal("application/dump_type");
 /// The video back end for the next start.
-inline constexpr QLatin1String kVideoPlugin("application/videoPlugin");
+inline constexpr QLatin1String kVideoPlugin = literal("application/videoPlugin");
 
-inline constexpr QLatin1String kVlcHardwareDecoding("vlc/hardwareDecoding");
-inline constexpr QLatin1String kVlcDisableAudio("vlc/disableAudio");
-inline constexpr QLatin1String kVlcShaderColorConversion("vlc/shaderColorConversion");
-inline constexpr QLatin1String kVlcCustomInstanceArguments("vlc/customInstanceArguments");
-inline constexpr QLatin1String kVlcCustomMediaOptions("vlc/customMediaOptions");
+inline constexpr QLatin1String kVlcHardwareDecoding = literal("vlc/hardwareDecoding");
+inline constexpr QLatin1String kVlcDisableAudio = literal("vlc/disableAudio");
+inline constexpr QLatin1String kVlcShaderColorConversion = literal("vlc/shaderColorConversion");
+inline constexpr QLatin1String kVlcCustomInstanceArguments = literal("vlc/customInstanceArguments");
+inline constexpr QLatin1String kVlcCustomMediaOptions = literal("vlc/customMediaOptions");
 /// Milliseconds.
-inline constexpr QLatin1String kVlcAudioDelay("vlc/audioDelay");
+inline constexpr QLatin1String kVlcAudioDelay = literal("vlc/audioDelay");
 
-inline constexpr QLatin1String kLastUpdateCheck("general/last_update_check");
+inline constexpr QLatin1String kLastUpdateCheck = literal("general/last_update_check");
 
 } // namespace VxSettingsKeys
