@@ -125,6 +125,15 @@ std::optional<Point> sourcePoint(const PanoramaScene &scene, Point screen)
     const double across = radius > 0 ? std::sin(*angle) / radius : 0;
     const Vector v = turned(scene, {screen.x * across, screen.y * across, -std::cos(*angle)});
 
+    // The interface's plane stands at unit distance, 2:1; 81 degrees to a side would fill a plane
+    // four times as high and twice as wide. Its first row is the upper one.
+    if (scene.overlay) {
+        if (v.z >= 0)
+            return std::nullopt;
+        const double halfWidth = std::tan(81 * M_PI / 180) / 2;
+        return Point{0.5 + v.x / -v.z / halfWidth / 2, 0.5 - v.y / -v.z / halfWidth};
+    }
+
     switch (scene.projectionSource) {
     case Builder::CUBEMAP:
         return onCubemap(v);
@@ -232,7 +241,7 @@ Colour fragment(const PanoramaScene &scene, const QImage &source, int eye, Point
     std::optional<Point> point = sourcePoint(scene, screen);
     if (!point)
         return kBackground;
-    if (scene.flipY)
+    if (scene.flipY && !scene.overlay)
         point->y = 1 - point->y;
     if (point->x < 0 || point->x > 1 || point->y < 0 || point->y > 1)
         return kBackground;

@@ -28,6 +28,7 @@ struct PanoramaScene
     int rotationSource = 0; ///< 2: a circular fisheye's lens axis lies along minus x
     bool invertedColors = false; ///< the source holds blue in its red channel
     bool flipY = false; ///< the source's first row is the lowest
+    bool overlay = false; ///< the source is the interface, a plane of its own before the viewer
 
     // The camera: radians, and the field of view of the shorter side in degrees.
     double yaw = 0;
