@@ -16,6 +16,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <ctime>
 #include <vector>
 
 namespace {
@@ -46,18 +47,72 @@ QSize sourceSize(int input)
     return {4096, 2048};
 }
 
-double timeOf(QOpenGLFunctions *gl, PanoramaQuad &quad, const PanoramaScene &scene, GLuint texture,
-              int frames)
+/// Milliseconds a frame: on the clock, and of all threads of the program.
+struct Time
+{
+    double wall;
+    double cpu;
+};
+
+Time timeOf(QOpenGLFunctions *gl, PanoramaQuad &quad, const PanoramaScene &scene, GLuint texture,
+            int frames)
 {
     quad.setUniforms(scene, 0);
     gl->glFinish();
+    const std::clock_t cpu = std::clock();
     QElapsedTimer timer;
     timer.start();
     for (int frame = 0; frame < frames; ++frame) {
         quad.draw(gl, texture);
         gl->glFinish();
     }
-    return double(timer.nsecsElapsed()) / 1e6 / frames;
+    return {double(timer.nsecsElapsed()) / 1e6 / frames,
+            double(std::clock() - cpu) * 1e3 / CLOCKS_PER_SEC / frames};
+}
+
+/// The copy's time and how many times as long the panorama takes, medians of all rounds.
+struct Figures
+{
+    double copy;
+    double written;
+    double specialised;
+    double specialisedCpu;
+};
+
+Figures measure(QOpenGLFunctions *gl, const QByteArray &text, const PanoramaScene &scene,
+                GLuint texture, int rounds)
+{
+    const ShaderTexts cheap = ShaderSpecialiser::streamline(
+        {VxShaderCodeBuilder::vertexShaderSource(),
+         ShaderSpecialiser::specialise(text,
+                                       ShaderSpecialiser::gradingConstants()
+                                           + ShaderSpecialiser::fullSphereConstants())});
+    PanoramaQuad quads[]{PanoramaQuad(kPassThrough), PanoramaQuad(text),
+                         PanoramaQuad(cheap.fragment, cheap.vertex)};
+    for (const PanoramaQuad &quad : quads) {
+        if (!quad.isValid())
+            qFatal("a program does not build");
+    }
+    // Few enough that what else the machine does meets all programs of a round alike.
+    const int frames = std::max(1, 1920 * 1080 / (scene.item.width() * scene.item.height()));
+
+    std::vector<double> copy;
+    std::vector<double> written;
+    std::vector<double> specialised;
+    std::vector<double> specialisedCpu;
+    // The first round compiles for the target and is not counted.
+    for (int round = 0; round <= rounds; ++round) {
+        Time times[3];
+        for (int i = 0; i < 3; ++i)
+            times[i] = timeOf(gl, quads[i], scene, texture, frames);
+        if (round == 0)
+            continue;
+        copy.push_back(times[0].wall);
+        written.push_back(times[1].wall / times[0].wall);
+        specialised.push_back(times[2].wall / times[0].wall);
+        specialisedCpu.push_back(times[2].cpu / times[0].cpu);
+    }
+    return {median(copy), median(written), median(specialised), median(specialisedCpu)};
 }
 
 } // namespace
@@ -72,6 +127,7 @@ int main(int argc, char **argv)
     parser.addHelpOption();
     parser.process(application);
 
+    const int roundCount = std::max(1, parser.value(rounds).toInt());
     QTextStream out(stdout);
     OffscreenContext context;
     if (!context.isValid()) {
@@ -80,14 +136,12 @@ int main(int argc, char **argv)
     }
     QOpenGLFunctions *gl = context.functions();
     out << reinterpret_cast<const char *>(gl->glGetString(GL_RENDERER)) << "\n"
-        << "size input output: ms of the copy; times the copy: as written, specialised\n";
+        << "size input output: ms of the copy; times the copy: as written, specialised (in CPU time)\n";
 
     VxSettings settings(QStringLiteral("bench"));
     FakeContext fake;
     fake.settingsObject = &settings;
     VxShaderCodeBuilder builder(&fake);
-    const QVector<UniformConstant> constants =
-        ShaderSpecialiser::gradingConstants() + ShaderSpecialiser::fullSphereConstants();
     const QMetaEnum inputs = QMetaEnum::fromType<VxShaderCodeBuilder::InputProjection>();
     const QMetaEnum outputs = QMetaEnum::fromType<VxShaderCodeBuilder::ShaderProjection>();
 
@@ -99,8 +153,6 @@ int main(int argc, char **argv)
         QOpenGLFramebufferObject target(size);
         target.bind();
         gl->glViewport(0, 0, size.width(), size.height());
-        // Few enough that what else the machine does meets all programs of a round alike.
-        const int frames = std::max(1, 1920 * 1080 / (size.width() * size.height()));
         for (int input = 0; input < VxShaderCodeBuilder::AUTO; ++input) {
             const auto texture = textureFrom(PanoramaReference::testPanorama(sourceSize(input)));
             for (int output = 0; output < VxShaderCodeBuilder::LAST_VALUE_PROJECTION; ++output) {
@@ -114,38 +166,12 @@ int main(int argc, char **argv)
                 builder.setProjection(output);
                 const QByteArray text = builder.fragmentShaderSource(false, false, false);
 
-                const ShaderTexts cheap =
-                    ShaderSpecialiser::streamline({VxShaderCodeBuilder::vertexShaderSource(),
-                                                   ShaderSpecialiser::specialise(text, constants)});
-                PanoramaQuad copy(kPassThrough);
-                PanoramaQuad written(text);
-                PanoramaQuad specialised(cheap.fragment, cheap.vertex);
-                if (!copy.isValid() || !written.isValid() || !specialised.isValid())
-                    return 1;
-
-                std::vector<double> copyTimes;
-                std::vector<double> writtenRatios;
-                std::vector<double> specialisedRatios;
-                // The first round compiles for the target and is not counted.
-                for (int round = 0; round <= parser.value(rounds).toInt(); ++round) {
-                    const auto time = [&](PanoramaQuad &quad) {
-                        return timeOf(gl, quad, scene, texture->textureId(), frames);
-                    };
-                    const double copyTime = time(copy);
-                    const double writtenTime = time(written);
-                    const double specialisedTime = time(specialised);
-                    if (round == 0)
-                        continue;
-                    copyTimes.push_back(copyTime);
-                    writtenRatios.push_back(writtenTime / copyTime);
-                    specialisedRatios.push_back(specialisedTime / copyTime);
-                }
-                const double ratio = median(specialisedRatios);
-                worst = std::max(worst, ratio);
+                const Figures figures = measure(gl, text, scene, texture->textureId(), roundCount);
+                worst = std::max(worst, figures.specialised);
                 out << name << ' ' << inputs.valueToKey(input) << ' ' << outputs.valueToKey(output)
-                    << ": " << QString::number(median(copyTimes), 'f', 2) << " ms; "
-                    << QString::number(median(writtenRatios), 'f', 2) << ", "
-                    << QString::number(ratio, 'f', 2) << "\n";
+                    << QString::asprintf(": %.2f ms; %.2f, %.2f (%.2f)\n", figures.copy,
+                                         figures.written, figures.specialised,
+                                         figures.specialisedCpu);
                 out.flush();
             }
         }

@@ -13,8 +13,8 @@ class QOpenGLFunctions;
 class QOpenGLShaderProgram;
 
 /// Blurs a texture with 15 taps, two texels apart, along x into a framebuffer of its own and then
-/// along y into the target. Rendering thread only; destroyed with the context current or, failing
-/// that, after it.
+/// along y into the target. Rendering thread only; the destructor may run elsewhere, since the
+/// programs are deleted later by the thread that made them.
 class FastBlur : public QObject
 {
     Q_OBJECT

@@ -14,7 +14,6 @@
 
 #include <memory>
 
-class QOpenGLFramebufferObject;
 class QOpenGLShaderProgram;
 
 /// A context of the default format, current from construction on.
@@ -38,7 +37,7 @@ private:
 /// blue in its red channel.
 std::unique_ptr<QOpenGLTexture> textureFrom(const QImage &image, bool swapRedBlue = false);
 
-/// One linked program and the quad. Null programs are not drawn.
+/// One program and the quad. Draw only where isValid().
 class PanoramaQuad
 {
 public:
