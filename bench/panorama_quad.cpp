@@ -70,13 +70,12 @@ Time timeOf(QOpenGLFunctions *gl, PanoramaQuad &quad, const PanoramaScene &scene
             double(std::clock() - cpu) * 1e3 / CLOCKS_PER_SEC / frames};
 }
 
-/// The copy's time and how many times as long the panorama takes, medians of all rounds.
+/// The copy's milliseconds and how many times as much the panorama takes, medians of all rounds.
 struct Figures
 {
     double copy;
-    double written;
-    double specialised;
-    double specialisedCpu;
+    Time written;
+    Time specialised;
 };
 
 Figures measure(QOpenGLFunctions *gl, const QByteArray &text, const PanoramaScene &scene,
@@ -97,9 +96,7 @@ Figures measure(QOpenGLFunctions *gl, const QByteArray &text, const PanoramaScen
     const int frames = std::max(1, 1920 * 1080 / (scene.item.width() * scene.item.height()));
 
     std::vector<double> copy;
-    std::vector<double> written;
-    std::vector<double> specialised;
-    std::vector<double> specialisedCpu;
+    std::vector<double> ratios[2][2]; // written, specialised; wall, CPU
     // The first round compiles for the target and is not counted.
     for (int round = 0; round <= rounds; ++round) {
         Time times[3];
@@ -108,11 +105,14 @@ Figures measure(QOpenGLFunctions *gl, const QByteArray &text, const PanoramaScen
         if (round == 0)
             continue;
         copy.push_back(times[0].wall);
-        written.push_back(times[1].wall / times[0].wall);
-        specialised.push_back(times[2].wall / times[0].wall);
-        specialisedCpu.push_back(times[2].cpu / times[0].cpu);
+        for (int i = 0; i < 2; ++i) {
+            ratios[i][0].push_back(times[i + 1].wall / times[0].wall);
+            ratios[i][1].push_back(times[i + 1].cpu / times[0].cpu);
+        }
     }
-    return {median(copy), median(written), median(specialised), median(specialisedCpu)};
+    return {median(copy),
+            {median(ratios[0][0]), median(ratios[0][1])},
+            {median(ratios[1][0]), median(ratios[1][1])}};
 }
 
 } // namespace
@@ -136,7 +136,8 @@ int main(int argc, char **argv)
     }
     QOpenGLFunctions *gl = context.functions();
     out << reinterpret_cast<const char *>(gl->glGetString(GL_RENDERER)) << "\n"
-        << "size input output: ms of the copy; times the copy: as written, specialised (in CPU time)\n";
+        << "size input output: ms of the copy; times the copy, in brackets by CPU time: as "
+           "written, specialised\n";
 
     VxSettings settings(QStringLiteral("bench"));
     FakeContext fake;
@@ -145,7 +146,7 @@ int main(int argc, char **argv)
     const QMetaEnum inputs = QMetaEnum::fromType<VxShaderCodeBuilder::InputProjection>();
     const QMetaEnum outputs = QMetaEnum::fromType<VxShaderCodeBuilder::ShaderProjection>();
 
-    double worst = 0;
+    Time worst{0, 0};
     for (const QSize size : {QSize(1280, 720), QSize(1920, 1080), QSize(3840, 2160)}) {
         const QString name = QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
         if (parser.isSet(only) && parser.value(only) != name)
@@ -167,15 +168,16 @@ int main(int argc, char **argv)
                 const QByteArray text = builder.fragmentShaderSource(false, false, false);
 
                 const Figures figures = measure(gl, text, scene, texture->textureId(), roundCount);
-                worst = std::max(worst, figures.specialised);
+                worst.wall = std::max(worst.wall, figures.specialised.wall);
+                worst.cpu = std::max(worst.cpu, figures.specialised.cpu);
                 out << name << ' ' << inputs.valueToKey(input) << ' ' << outputs.valueToKey(output)
-                    << QString::asprintf(": %.2f ms; %.2f, %.2f (%.2f)\n", figures.copy,
-                                         figures.written, figures.specialised,
-                                         figures.specialisedCpu);
+                    << QString::asprintf(": %.2f ms; %.2f (%.2f), %.2f (%.2f)\n", figures.copy,
+                                         figures.written.wall, figures.written.cpu,
+                                         figures.specialised.wall, figures.specialised.cpu);
                 out.flush();
             }
         }
     }
-    out << "worst specialised: " << QString::number(worst, 'f', 2) << "\n";
+    out << QString::asprintf("worst specialised: %.2f (%.2f)\n", worst.wall, worst.cpu);
     return 0;
 }

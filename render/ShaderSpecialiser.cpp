@@ -104,10 +104,11 @@ QVector<RayTwin> rayTwins()
     };
 }
 
-// cos and sin of atan(x, z) without the angle. At the lens axis, where the length is 0, so is i_r.
+// The angle off the lens axis by the cheaper one-sided arc tangent, and cos and sin of atan(x, z)
+// without the angle.
 constexpr char kFisheyeCircleTwin[] =
-    "float len = sqrt(pt.x*pt.x + pt.z*pt.z);"
-    "float i_r = atan(len, pt.y) * (1.0 / (pi*1.33)) / max(len, 1e-20);"
+    "float inv = 1.0 / max(sqrt(pt.x*pt.x + pt.z*pt.z), 1e-20);"
+    "float i_r = (halfpi - atan(pt.y * inv)) * inv * (1.0 / (pi*1.33));"
     "vec2 uv = i_r * pt.zx + 0.5;";
 
 // What the rejection lets through lies in 0 to 1 or is not a number, and only that turns black.
