@@ -42,14 +42,17 @@ bool PanoramaUniforms::isFullSphere() const
 PanoramaProgram::~PanoramaProgram() = default;
 
 std::unique_ptr<PanoramaProgram>
-PanoramaProgram::build(const char *name, const QByteArray &fragmentSource, bool fullSphere)
+PanoramaProgram::build(const char *name, const QByteArray &fragmentSource, Assumptions assumptions)
 {
     QVector<UniformConstant> constants = ShaderSpecialiser::gradingConstants();
-    if (fullSphere)
+    if (assumptions & FullSphere)
         constants += ShaderSpecialiser::fullSphereConstants();
+    ShaderTexts texts{VxShaderCodeBuilder::vertexShaderSource(),
+                      ShaderSpecialiser::specialise(fragmentSource, constants)};
+    if (assumptions & RotatesOnly)
+        texts = ShaderSpecialiser::streamline(texts);
     std::unique_ptr<QOpenGLShaderProgram> program(
-        ShaderProgram::build(name, VxShaderCodeBuilder::vertexShaderSource(),
-                             ShaderSpecialiser::specialise(fragmentSource, constants)));
+        ShaderProgram::build(name, texts.vertex, texts.fragment));
     if (!program)
         return nullptr;
     std::unique_ptr<PanoramaProgram> result(new PanoramaProgram);

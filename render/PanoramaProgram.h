@@ -38,10 +38,18 @@ struct PanoramaUniforms
 class PanoramaProgram
 {
 public:
-    /// Compiles and links; null when that fails, which is logged under \a name. With \a fullSphere
-    /// the limits of the source become constants too: the uniforms must then hold a full sphere.
+    /// What the uniforms will hold for as long as the program is used.
+    enum Assumption {
+        Nothing = 0,
+        FullSphere = 1, ///< the limits of the source are those of a full sphere
+        RotatesOnly = 2 ///< matViewInverse is a rotation
+    };
+    Q_DECLARE_FLAGS(Assumptions, Assumption)
+
+    /// Compiles and links; null when that fails, which is logged under \a name. What is assumed
+    /// makes the shader cheaper, not the picture another one.
     static std::unique_ptr<PanoramaProgram>
-    build(const char *name, const QByteArray &fragmentSource, bool fullSphere);
+    build(const char *name, const QByteArray &fragmentSource, Assumptions assumptions);
     ~PanoramaProgram();
 
     /// Draws \a texture for \a eye, 0 or 1, into the current framebuffer and viewport. Leaves
@@ -71,3 +79,5 @@ private:
     int m_projScale = -1;
     int m_projectionDistance = -1;
 };
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(PanoramaProgram::Assumptions)

@@ -5,6 +5,7 @@
 #include "app/VxGlobalObject.h"
 #include "devices/VxHmdUIManager.h"
 #include "render/FastBlur.h"
+#include "render/FramePacer.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
 
@@ -54,6 +55,7 @@ bool VistrelView::FrameState::operator==(const FrameState &other) const
 
 VistrelView::VistrelView(QQuickItem *parent)
     : QQuickPaintedItem(parent)
+    , m_pacer(new FramePacer(this))
     , m_fastBlur(std::make_unique<FastBlur>())
 {
     omp_init_lock(&m_printLock);
@@ -61,6 +63,8 @@ VistrelView::VistrelView(QQuickItem *parent)
     setRenderTarget(InvertedYFramebufferObject);
     // Each frame covers the item, so it needs no blending with what lies below.
     setOpaquePainting(true);
+    // The framebuffer has the item's own pixels: filtering it would only cost time.
+    setSmooth(false);
 }
 
 VistrelView::~VistrelView()
@@ -85,7 +89,18 @@ void VistrelView::init(QObject *application)
     connect(controller, &VxGlobalObject::tv3dViewChanged, this, compute);
     connect(builder, &VxShaderCodeBuilder::stereoModeChanged, this, compute);
 
-    connect(window, SIGNAL(frameSwapped()), this, SLOT(update()));
+    m_pacer->start(window);
+    const auto request = &FramePacer::requestFrame;
+    connect(controller, &VxGlobalObject::rotationMatrixChanged, m_pacer, request);
+    connect(controller, &VxGlobalObject::yawChanged, m_pacer, request);
+    connect(controller, &VxGlobalObject::pitchChanged, m_pacer, request);
+    connect(controller, &VxGlobalObject::fovChanged, m_pacer, request);
+    connect(controller, &VxGlobalObject::yawMinChanged, m_pacer, request);
+    connect(controller, &VxGlobalObject::yawMaxChanged, m_pacer, request);
+    connect(controller, &VxGlobalObject::pitchMinChanged, m_pacer, request);
+    connect(controller, &VxGlobalObject::pitchMaxChanged, m_pacer, request);
+    connect(m_context->textureProvider(), &VxTextureProvider::contentChanged, m_pacer, request);
+    connect(this, &VistrelView::printScreenRequestedChanged, m_pacer, request);
 
     const auto dirty = &VistrelView::dirtyShader;
     connect(builder, &VxShaderCodeBuilder::hmdModeChanged, this, dirty);
@@ -123,6 +138,7 @@ void VistrelView::setPrintScreenRequested(int mode)
 void VistrelView::dirtyShader()
 {
     m_shaderDirty = true;
+    m_pacer->requestFrame();
 }
 
 void VistrelView::computeViewportParameters()
@@ -151,6 +167,7 @@ void VistrelView::computeViewportParameters()
         m_viewportWidth = int(m_viewportWidth * screen->devicePixelRatio());
         m_viewportHeight = int(m_viewportHeight * screen->devicePixelRatio());
     }
+    m_pacer->requestFrame();
 }
 
 // On the rendering thread, with the main thread held.
@@ -162,13 +179,13 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     // A new node brings a new framebuffer, possibly under the old one's number.
     const bool kept = node && m_frameKept && !m_shaderDirty && !isOverlayActive()
         && printScreenRequested() == 0 && m_state == m_painted;
+    m_pacer->setChanged(!kept);
     if (!kept) {
         m_frameKept = false;
         return QQuickPaintedItem::updatePaintNode(node, data);
     }
-    // The base class would clear the framebuffer before it lets us paint. The node counts as
-    // changed all the same: without a change the window would not swap, and the swap is what asks
-    // for the next frame.
+    // The base class would clear the framebuffer before it lets us paint. A scene without any
+    // change would not be swapped, and the next frame hangs on the swap of this one.
     node->markDirty(QSGNode::DirtyMaterial);
     computeFps();
     return node;
@@ -246,8 +263,10 @@ void VistrelView::createShaders()
 {
     VxShaderCodeBuilder *builder = m_context->shaderBuilder();
     m_fullSphere = m_state.uniforms.isFullSphere();
+    PanoramaProgram::Assumptions assumptions = PanoramaProgram::RotatesOnly;
+    assumptions.setFlag(PanoramaProgram::FullSphere, m_fullSphere);
     m_panoramaProgram = PanoramaProgram::build(
-        "panorama", builder->fragmentShaderSource(false, false, false), m_fullSphere);
+        "panorama", builder->fragmentShaderSource(false, false, false), assumptions);
     // The first frame does without the overlay's shader; it is built when the overlay opens.
     m_overlayProgram.reset();
     m_overlayMissing = false;
@@ -293,7 +312,8 @@ void VistrelView::drawOverlay(QOpenGLFunctions *gl, int layer)
 {
     if (!m_overlayProgram && !m_overlayMissing) {
         m_overlayProgram = PanoramaProgram::build(
-            "overlay", m_context->shaderBuilder()->fragmentShaderSource(false, true, true), false);
+            "overlay", m_context->shaderBuilder()->fragmentShaderSource(false, true, true),
+            PanoramaProgram::Nothing);
         m_overlayMissing = !m_overlayProgram;
     }
     if (!m_overlayProgram)
@@ -333,6 +353,7 @@ void VistrelView::computeFps()
     const qint64 second = QDateTime::currentMSecsSinceEpoch() / 1000;
     if (second > m_lastSecond) {
         m_fps = m_frameCount + 1;
+        qCDebug(lcTiming) << "frames a second:" << m_fps;
         m_lastSecond = second;
         m_frameCount = 0;
         Q_EMIT fpsChanged();

@@ -15,6 +15,7 @@
 #include <memory>
 
 class FastBlur;
+class FramePacer;
 class QOpenGLFramebufferObject;
 class QOpenGLFunctions;
 class VxContext;
@@ -89,6 +90,7 @@ private:
     void takeSnapshot(QOpenGLFunctions *gl, int mode);
 
     VxContext *m_context = nullptr; // not owned
+    FramePacer *m_pacer; // a child
 
     std::unique_ptr<PanoramaProgram> m_panoramaProgram;
     std::unique_ptr<PanoramaProgram> m_overlayProgram;

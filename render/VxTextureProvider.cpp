@@ -72,6 +72,7 @@ void VxTextureProvider::setTextureSize(const QSize &size)
 void VxTextureProvider::noteNewContent()
 {
     m_contentRevision.fetch_add(1, std::memory_order_release);
+    Q_EMIT contentChanged();
 }
 
 void VxTextureProvider::watchFrames(QObject *player)

@@ -66,6 +66,8 @@ public Q_SLOTS:
 Q_SIGNALS:
     void textureIdChanged();
     void textureSizeChanged();
+    /// The texture, or the picture in it, is another one. From any thread.
+    void contentChanged();
 
 private Q_SLOTS:
     void onBeforeSynchronizing();
