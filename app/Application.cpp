@@ -3,6 +3,7 @@
 
 #include "app/CommandLine.h"
 #include "app/Identity.h"
+#include "app/PicturePrefetch.h"
 #include "app/UnixSignals.h"
 #include "app/VxDropArea.h"
 #include "app/VxGlobalObject.h"
@@ -15,7 +16,9 @@
 #include "settings/VxVlcOptions.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFileOpenEvent>
+#include <QLoggingCategory>
 #include <QMessageBox>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -24,7 +27,10 @@
 
 namespace {
 
+Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
+
 const QString kAdobePlugin = QStringLiteral("adobeplugin");
+const QString kFiles = QStringLiteral("files");
 
 } // namespace
 
@@ -44,7 +50,9 @@ QQuickWindow *Application::window() const
 
 void Application::init(const QString &startDirectory)
 {
+    qCDebug(lcTiming) << "application made";
     m_commandLine = CommandLine::parse(arguments(), startDirectory);
+    std::unique_ptr<PicturePrefetch> prefetch = beginPrefetch();
     m_sharedMemory = m_settings->get(VxSettingsKeys::kSharedMemory.application).toBool()
         || m_commandLine.value(kAdobePlugin).toBool();
     VxVlcOptions::instance()->load(m_settings->store());
@@ -70,13 +78,19 @@ void Application::init(const QString &startDirectory)
     connect(m_shaderBuilder, &VxShaderCodeBuilder::projectionSourceChanged, m_globalObject,
             &VxGlobalObject::onProjectionChanged);
     m_globalObject->setFovLimits();
+    if (prefetch) {
+        m_globalObject->setPicturePrefetch(prefetch.get());
+        m_view->engine()->addImageProvider(PicturePrefetch::kName, prefetch.release());
+    }
 
     setContextProperties();
     registerQmlTypes();
     m_view->engine()->addImportPath(QStringLiteral("qrc:/QmlLib"));
     m_view->engine()->addPluginPath(QDir(applicationDirPath()).absolutePath());
     m_view->setSource(QUrl(QStringLiteral("qrc:/qml/main_newui.qml")));
+    qCDebug(lcTiming) << "scene loaded";
     showView();
+    qCDebug(lcTiming) << "window shown";
 
     setOrganizationName(Identity::organization());
     setApplicationName(Identity::applicationName());
@@ -85,6 +99,16 @@ void Application::init(const QString &startDirectory)
 
     connect(new UnixSignals(m_globalObject), &UnixSignals::terminated, m_globalObject,
             &VxGlobalObject::quit);
+}
+
+std::unique_ptr<PicturePrefetch> Application::beginPrefetch() const
+{
+    const QString file = m_commandLine.value(kFiles).toStringList().value(0);
+    // A vector image is decoded at the size at which it is shown.
+    const bool isVector = QFileInfo(file).suffix().startsWith(QLatin1String("svg"));
+    if (isVector || !QFileInfo(file).isFile())
+        return nullptr;
+    return std::make_unique<PicturePrefetch>(file);
 }
 
 void Application::setContextProperties()
@@ -143,6 +167,7 @@ void Application::checkOpenGLVersion()
     m_shareContext->create();
     // Born on the rendering thread, which will be gone when the headset's thread takes it.
     m_shareContext->moveToThread(thread());
+    qCDebug(lcTiming) << "OpenGL ready";
     Q_EMIT openGLReady();
 }
 
@@ -166,9 +191,8 @@ void Application::displayOpenGLErrorMessage()
 void Application::playArgsMedia()
 {
     disconnect(this, &Application::openGLReady, this, &Application::playArgsMedia);
-    const QString files = QStringLiteral("files");
-    if (m_commandLine.contains(files))
-        m_globalObject->openFiles(m_commandLine.value(files).toStringList(), false);
+    if (m_commandLine.contains(kFiles))
+        m_globalObject->openFiles(m_commandLine.value(kFiles).toStringList(), false);
 }
 
 bool Application::event(QEvent *event)

@@ -9,6 +9,9 @@
 #include <QApplication>
 #include <QVariantMap>
 
+#include <memory>
+
+class PicturePrefetch;
 class VxQQuickView;
 
 /// Made on the stack of `main`; init() before the event loop, teardown() after it. All on the main
@@ -71,6 +74,7 @@ private Q_SLOTS:
 
 private:
     bool hasShaders() const;
+    std::unique_ptr<PicturePrefetch> beginPrefetch() const;
     void registerQmlTypes();
     void setContextProperties();
     void showView();

@@ -16,6 +16,7 @@
 #include <QVariantMap>
 
 class QPropertyAnimation;
+class PicturePrefetch;
 class VxContext;
 
 /// Camera, media road and playlist. Angles are radians, the field of view is degrees. All members
@@ -236,6 +237,10 @@ public:
     /// Looks on a worker thread whether \a url can be shown as a picture, before a decoder gets
     /// it; the answer comes as imageInspected().
     Q_INVOKABLE void inspectImage(const QUrl &url);
+    /// What an Image must load to show a file: the file, or what was decoded of it ahead.
+    Q_INVOKABLE QUrl pictureSource(const QUrl &url) const;
+
+    void setPicturePrefetch(PicturePrefetch *prefetch) { m_prefetch = prefetch; }
 
 public Q_SLOTS:
     /// Moves \a property to \a newValue in \a duration milliseconds, ever slower. With \a cumul the
@@ -297,6 +302,7 @@ private:
 
     VxContext *m_context; // not owned
     QObject *m_mediaLoader = nullptr; // not owned: an item of the interface
+    PicturePrefetch *m_prefetch = nullptr; // not owned: the engine's
 
     QString m_videoLogMessage;
     CameraMath::EulerAngles m_angles;

@@ -2,6 +2,7 @@
 // The media half of the controller: from a path to a playing medium, the playlist, the slide show.
 #include "app/ImageInspector.h"
 #include "app/MediaFormats.h"
+#include "app/PicturePrefetch.h"
 #include "app/VsplPlaylist.h"
 #include "app/VxGlobalObject.h"
 #include "settings/VxVlcOptions.h"
@@ -19,6 +20,7 @@
 namespace {
 
 Q_LOGGING_CATEGORY(lcMedia, "tavro.media", QtWarningMsg)
+Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
 
 constexpr int kMinResumedImageMs = 3000;
 
@@ -115,6 +117,7 @@ void VxGlobalObject::processFileSource(const QUrl &source, const QString &error,
 {
     if (!m_mediaLoader)
         return;
+    qCDebug(lcTiming) << "opening" << source;
     const QVariant fileSource = source.isEmpty() ? QVariant(QString()) : QVariant(source);
     QMetaObject::invokeMethod(m_mediaLoader, "processFileSource", Qt::DirectConnection,
                               Q_ARG(QVariant, fileSource), Q_ARG(QVariant, false),
@@ -274,11 +277,17 @@ void VxGlobalObject::inspectImage(const QUrl &url)
         };
         const QString path = url.toLocalFile();
         const bool readable = ImageInspector::canBeDecoded(path);
+        qCDebug(lcTiming) << "looked at" << url;
         report(readable);
         // The decoder is already at work; only a damaged file is reported a second time.
         if (readable && ImageInspector::isTruncatedJpeg(path))
             report(false);
     });
+}
+
+QUrl VxGlobalObject::pictureSource(const QUrl &url) const
+{
+    return m_prefetch ? m_prefetch->source(url) : url;
 }
 
 void VxGlobalObject::hackQmlMediaPlayer(QObject *player)

@@ -119,7 +119,7 @@ Image {
             if (!usable)
                 player.fail();
             else if (player.source.toString() === "")
-                player.source = url;
+                player.source = vxGlobalObject.pictureSource(url);
         }
     }
 }

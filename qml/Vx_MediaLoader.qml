@@ -108,12 +108,14 @@ Item {
         shaderEffectSource: imageTexture
     }
 
-    // Beside the picture that it hides: what stands in a hidden item is not drawn.
+    // Hides the picture and stands for its texture. It draws nothing of its own: the picture's
+    // texture is taken as it is.
     ShaderEffectSource {
         id: imageTexture
 
         width: 1
         height: 1
+        visible: false
         sourceItem: imagePlayer
         hideSource: true
         wrapMode: ShaderEffectSource.ClampToEdge

@@ -106,7 +106,7 @@ void VxTextureProvider::onBeforeSynchronizing()
         m_sgTextureProvider = nullptr;
     }
     if (m_shaderEffectSource) {
-        m_sgTextureProvider = m_shaderEffectSource->textureProvider();
+        m_sgTextureProvider = textureItem()->textureProvider();
         if (m_sgTextureProvider) {
             connect(m_sgTextureProvider, &QSGTextureProvider::textureChanged, this,
                     &VxTextureProvider::expectRendering, Qt::DirectConnection);
@@ -116,6 +116,18 @@ void VxTextureProvider::onBeforeSynchronizing()
     }
     disconnect(m_context->window(), &QQuickWindow::beforeSynchronizing, this,
                &VxTextureProvider::onBeforeSynchronizing);
+}
+
+// On the rendering thread, while the scene is synchronised. A still image's own texture holds what
+// the effect source would draw of it, at once and without a second copy of the picture.
+QQuickItem *VxTextureProvider::textureItem() const
+{
+    if (m_isImage) {
+        auto *picture = m_shaderEffectSource->property("sourceItem").value<QQuickItem *>();
+        if (picture && picture->isTextureProvider())
+            return picture;
+    }
+    return m_shaderEffectSource;
 }
 
 // On the rendering thread: while the scene is synchronised, and from the timer.
@@ -128,6 +140,12 @@ void VxTextureProvider::onQsgTextureChanged()
         createRefreshTimer();
     if (!texture)
         return;
+    if (m_isImage) {
+        // Small pictures share a texture with others; all are uploaded when they are first bound.
+        if (texture->isAtlasTexture())
+            texture = texture->removedFromAtlas();
+        texture->bind();
+    }
     const int id = texture->textureId();
     if (!m_copyTexture || !QOpenGLContext::currentContext() || id <= 0 || m_isImage) {
         setTextureSize(texture->textureSize());

@@ -77,6 +77,7 @@ private Q_SLOTS:
     void stopTimer();
 
 private:
+    QQuickItem *textureItem() const;
     void createRefreshTimer();
     void copy(uint texture, const QSize &size);
     bool buildCopyProgram();
