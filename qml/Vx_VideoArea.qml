@@ -16,6 +16,11 @@ Item {
                                    || playerStatus === Vx_PlayerState.Stalled
                                    || playerStatus === Vx_PlayerState.Buffering
                                    || playerStatus === Vx_PlayerState.EndOfMedia
+    // In one expression: two conditions that change in turn would both fail in between, and the
+    // info screen would be made and thrown away while a picture appears.
+    readonly property bool isEmpty: playerStatus === Vx_PlayerState.UnknownStatus
+                                    || playerStatus === Vx_PlayerState.NoMedia
+                                    || playerStatus === Vx_PlayerState.InvalidMedia
     property alias view: panorama
     // Radians per pixel.
     readonly property real moveSpeed: 0.005
@@ -66,7 +71,7 @@ Item {
         anchors.fill: parent
         // A file of the command line takes over right after the first frame: until then the screen
         // would only flash, and its fonts would keep the file waiting.
-        active: isStarted && !area.isShowing && !area.isBusy
+        active: isStarted && area.isEmpty
         source: "Vx_InfoScreen.qml"
         onLoaded: item.errorString = Qt.binding(() => area.mediaLoader.mediaPlayer.errorString)
 

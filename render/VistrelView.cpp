@@ -101,6 +101,7 @@ void VistrelView::init(QObject *application)
     connect(controller, &VxGlobalObject::pitchMaxChanged, m_pacer, request);
     connect(m_context->textureProvider(), &VxTextureProvider::contentChanged, m_pacer, request);
     connect(this, &VistrelView::printScreenRequestedChanged, m_pacer, request);
+    connect(this, &QQuickItem::visibleChanged, m_pacer, request);
 
     const auto dirty = &VistrelView::dirtyShader;
     connect(builder, &VxShaderCodeBuilder::hmdModeChanged, this, dirty);
@@ -175,10 +176,14 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 {
     if (!m_context)
         return QQuickPaintedItem::updatePaintNode(node, data);
+    // Nothing of a hidden item is seen; the loop goes on when it is shown.
+    if (!isVisible())
+        return node;
     m_state = currentState();
-    // A new node brings a new framebuffer, possibly under the old one's number.
-    const bool kept = node && m_frameKept && !m_shaderDirty && !isOverlayActive()
-        && printScreenRequested() == 0 && m_state == m_painted;
+    // A new node brings a new framebuffer, possibly under the old one's number. Without a texture
+    // no shader is used.
+    const bool kept = node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
+        && !isOverlayActive() && printScreenRequested() == 0 && m_state == m_painted;
     m_pacer->setChanged(!kept);
     if (!kept) {
         m_frameKept = false;
