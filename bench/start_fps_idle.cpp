@@ -1,0 +1,303 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the player costs beside the least that must be paid: time to the first panorama frame,
+// frames a second while the camera turns, CPU time while nobody moves. Player and floor run in
+// turn, so that the machine and what else it does meet both alike; the figures are ratios.
+// Needs a display with a window manager and xdotool:
+//   tests/common/with_display --desktop build/release/bin/bench_start_fps_idle
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QMap>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QThread>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+namespace {
+
+constexpr int kPatienceMs = 30000;
+constexpr int kMeasuredMs = 5000;
+
+QTextStream &out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+double median(std::vector<double> values)
+{
+    if (values.empty())
+        return 0;
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+double least(const std::vector<double> &values)
+{
+    return values.empty() ? 0 : *std::min_element(values.begin(), values.end());
+}
+
+/// A picture that is as hard to decode as a photograph: light that changes slowly, and grain.
+void writePhoto(const QString &file, QSize size)
+{
+    QImage picture(size, QImage::Format_RGB32);
+    unsigned seed = 1;
+    for (int y = 0; y < size.height(); ++y) {
+        auto *row = reinterpret_cast<QRgb *>(picture.scanLine(y));
+        for (int x = 0; x < size.width(); ++x) {
+            seed = seed * 1664525 + 1013904223;
+            const int grain = int(seed >> 28) - 8;
+            const int light = 255 * y / size.height();
+            const int wave = (x / 97 + y / 61) % 64;
+            row[x] = qRgb(std::clamp(light + grain, 0, 255), std::clamp(96 + wave + grain, 0, 255),
+                          std::clamp(220 - light / 2 + grain, 0, 255));
+        }
+    }
+    picture.save(file, "JPEG", 90);
+}
+
+/// A program that is measured: it speaks on its standard error and ends by SIGTERM.
+class Subject
+{
+public:
+    Subject(const QString &program, const QStringList &arguments, const QString &config)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_LOGGING_RULES", "tavro.timing.debug=true");
+        environment.insert("QT_FORCE_STDERR_LOGGING", "1");
+        environment.insert("XDG_CONFIG_HOME", config);
+        m_process.setProcessEnvironment(environment);
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_timer.start();
+        m_process.start(program, arguments);
+    }
+
+    ~Subject()
+    {
+        m_process.terminate();
+        if (!m_process.waitForFinished(kPatienceMs))
+            m_process.kill();
+    }
+
+    qint64 pid() const { return m_process.processId(); }
+
+    /// The next line that holds the text, and the milliseconds from the start to it; empty if none.
+    QString waitFor(const char *text, double *milliseconds = nullptr)
+    {
+        while (m_timer.elapsed() < kPatienceMs) {
+            while (m_process.canReadLine()) {
+                const QString line = QString::fromLocal8Bit(m_process.readLine()).trimmed();
+                if (line.contains(QLatin1String(text))) {
+                    if (milliseconds)
+                        *milliseconds = double(m_timer.nsecsElapsed()) / 1e6;
+                    return line;
+                }
+            }
+            if (!m_process.waitForReadyRead(kPatienceMs))
+                break;
+        }
+        return {};
+    }
+
+private:
+    QProcess m_process;
+    QElapsedTimer m_timer;
+};
+
+double lastNumber(const QString &line)
+{
+    return line.section(QLatin1Char(' '), -1).toDouble();
+}
+
+/// CPU seconds of each thread of a process, by the thread's name.
+QMap<QString, double> threadTimes(qint64 pid)
+{
+    QMap<QString, double> times;
+    const QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
+    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile name(tasks.filePath(task + "/comm"));
+        QFile time(tasks.filePath(task + "/schedstat")); // nanoseconds on a processor come first
+        if (name.open(QIODevice::ReadOnly) && time.open(QIODevice::ReadOnly))
+            times[QString::fromLocal8Bit(name.readAll()).trimmed()] +=
+                time.readAll().split(' ').first().toDouble() / 1e9;
+    }
+    return times;
+}
+
+double sum(const QMap<QString, double> &times)
+{
+    double total = 0;
+    for (const double time : times)
+        total += time;
+    return total;
+}
+
+/// CPU seconds that a process uses from now on in the measured time, by thread.
+QMap<QString, double> idleTimes(qint64 pid)
+{
+    const QMap<QString, double> before = threadTimes(pid);
+    QThread::msleep(kMeasuredMs);
+    QMap<QString, double> times = threadTimes(pid);
+    for (auto time = times.begin(); time != times.end(); ++time)
+        *time -= before.value(time.key());
+    return times;
+}
+
+class Bench
+{
+public:
+    Bench(const QString &player, int rounds)
+        : m_player(player)
+        , m_rounds(rounds)
+        , m_photo(m_scratch.filePath("photo.jpg"))
+    {
+        QDir(m_scratch.path()).mkpath("config/Tavro");
+        QFile settings(m_scratch.filePath("config/Tavro/Tavro VR Player 2.3.conf"));
+        if (settings.open(QIODevice::WriteOnly))
+            settings.write(
+                "[application]\n"
+                "window\\width=1280\n"
+                "window\\height=720\n"
+                "general\\cameraMoveSteps=10\n"
+                "playlist\\imageDisplayDurationNone=true\n");
+    }
+
+    void start(QSize size)
+    {
+        writePhoto(m_photo, size);
+        std::vector<double> ratios, player, reading, view;
+        for (int round = 0; round <= m_rounds; ++round) {
+            double readTime = 0, viewTime = 0, playerTime = 0;
+            readTime = lastNumber(floor({"read", m_photo}).waitFor("read "));
+            floor({"view"}).waitFor("first frame", &viewTime);
+            subject().waitFor("first panorama frame", &playerTime);
+            if (round == 0) // fills the caches of files
+                continue;
+            reading.push_back(readTime);
+            view.push_back(viewTime);
+            player.push_back(playerTime);
+            ratios.push_back(playerTime / (readTime + viewTime));
+        }
+        out() << QStringLiteral(
+                     "start, %1x%2: player %3 ms, reader %4 ms, empty view %5 ms; ratio "
+                     "of the medians %6, of the least %7, median of the ratios %8\n")
+                     .arg(size.width())
+                     .arg(size.height())
+                     .arg(median(player), 0, 'f', 0)
+                     .arg(median(reading), 0, 'f', 0)
+                     .arg(median(view), 0, 'f', 0)
+                     .arg(median(player) / (median(reading) + median(view)), 0, 'f', 2)
+                     .arg(least(player) / (least(reading) + least(view)), 0, 'f', 2)
+                     .arg(median(ratios), 0, 'f', 2);
+        out().flush();
+    }
+
+    void framesPerSecond()
+    {
+        writePhoto(m_photo, {4096, 2048});
+        std::vector<double> ratios, floors, players;
+        for (int round = 0; round < m_rounds; ++round) {
+            const double floorRate = lastNumber(floor({"quad", m_photo}).waitFor("frames "));
+            Subject player = subject();
+            player.waitFor("first panorama frame");
+            // The window manager gives the window the focus; a held key then turns the camera.
+            QThread::msleep(500);
+            QProcess::execute("xdotool", {"keydown", "Left"});
+            std::vector<double> rates;
+            player.waitFor("frames a second:"); // a second that began without the key
+            player.waitFor("frames a second:");
+            for (int second = 0; second < 4; ++second)
+                rates.push_back(lastNumber(player.waitFor("frames a second:")));
+            QProcess::execute("xdotool", {"keyup", "Left"});
+            floors.push_back(floorRate);
+            players.push_back(median(rates));
+            ratios.push_back(players.back() / floorRate);
+        }
+        out() << QStringLiteral(
+                     "frames a second, 1280x720, turning: player %1, bare window %2; "
+                     "ratio of the medians %3, median of the ratios %4\n")
+                     .arg(median(players), 0, 'f', 1)
+                     .arg(median(floors), 0, 'f', 1)
+                     .arg(median(players) / median(floors), 0, 'f', 2)
+                     .arg(median(ratios), 0, 'f', 2);
+        out().flush();
+    }
+
+    void idle()
+    {
+        writePhoto(m_photo, {4096, 2048});
+        double floorTime = 0;
+        {
+            Subject still = floor({"still"});
+            still.waitFor("first frame");
+            QThread::msleep(2000);
+            floorTime = sum(idleTimes(still.pid()));
+        }
+        Subject player = subject();
+        player.waitFor("first panorama frame");
+        QThread::msleep(3000);
+        const QMap<QString, double> times = idleTimes(player.pid());
+        out() << QStringLiteral("idle for %1 s: player %2 s of CPU time, bare window %3 s\n")
+                     .arg(kMeasuredMs / 1000)
+                     .arg(sum(times), 0, 'f', 2)
+                     .arg(floorTime, 0, 'f', 3);
+        for (auto time = times.begin(); time != times.end(); ++time) {
+            if (*time >= 0.005)
+                out() << QStringLiteral("  %1 %2 s\n").arg(time.key()).arg(*time, 0, 'f', 2);
+        }
+        out().flush();
+    }
+
+private:
+    Subject floor(const QStringList &arguments) const
+    {
+        const QString program = QCoreApplication::applicationDirPath() + "/bench_floors";
+        return Subject(program, arguments, m_scratch.filePath("config"));
+    }
+
+    Subject subject() const { return Subject(m_player, {m_photo}, m_scratch.filePath("config")); }
+
+    QTemporaryDir m_scratch;
+    QString m_player;
+    int m_rounds;
+    QString m_photo;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    const QCommandLineOption rounds("rounds", "Times each thing is measured.", "n", "9");
+    const QCommandLineOption player("player", "The program to measure.", "file",
+                                    QCoreApplication::applicationDirPath() + "/tavro-vr-player");
+    parser.addOptions({rounds, player});
+    parser.addPositionalArgument("what", "start, frames, idle; all by default.", "[what...]");
+    parser.addHelpOption();
+    parser.process(application);
+    const QStringList what = parser.positionalArguments();
+    const auto wanted = [&](const char *name) {
+        return what.isEmpty() || what.contains(QLatin1String(name));
+    };
+
+    Bench bench(parser.value(player), parser.value(rounds).toInt());
+    if (wanted("start")) {
+        bench.start({4096, 2048});
+        bench.start({8192, 4096});
+    }
+    if (wanted("frames"))
+        bench.framesPerSecond();
+    if (wanted("idle"))
+        bench.idle();
+    return 0;
+}
