@@ -304,7 +304,7 @@ private:
     QObject *m_mediaLoader = nullptr; // not owned: an item of the interface
     PicturePrefetch *m_prefetch = nullptr; // not owned: the engine's
 
-    QString m_videoLogMessage;
+    QString m_videoLogMessage = QStringLiteral("No loaded media.");
     CameraMath::EulerAngles m_angles;
     CameraMath::EulerAngles m_initialAngles;
     CameraMath::EulerAngles m_offsetAngles;
