@@ -296,19 +296,20 @@ bool VxGlobalObject::touchTable() const
 
 void VxGlobalObject::setYawInterpolate(float radians)
 {
-    if (radians == m_yawInterpolate)
-        return;
-    m_yawInterpolate = radians;
-    Q_EMIT yawInterpolateChanged();
+    if (radians != m_yawInterpolate) {
+        m_yawInterpolate = radians;
+        Q_EMIT yawInterpolateChanged();
+    }
+    // The camera may have been turned beside a running move: the twin then already has the value.
     setYaw(radians, true);
 }
 
 void VxGlobalObject::setPitchInterpolate(float radians)
 {
-    if (radians == m_pitchInterpolate)
-        return;
-    m_pitchInterpolate = radians;
-    Q_EMIT pitchInterpolateChanged();
+    if (radians != m_pitchInterpolate) {
+        m_pitchInterpolate = radians;
+        Q_EMIT pitchInterpolateChanged();
+    }
     setPitch(radians, true);
 }
 

@@ -320,7 +320,7 @@ private:
     float m_yawInterpolate = 0;
     float m_pitchInterpolate = 0;
     QHash<QByteArray, QPropertyAnimation *> m_animations; // children of this object
-    QTimer m_interactionTimer;
+    QTimer m_interactionTimer{this};
 
     bool m_touchMode = false;
     bool m_splitView = false;
@@ -332,7 +332,7 @@ private:
     QMap<QUrl, QUrl> m_logoMap;
     QMap<QUrl, QUrl> m_thumbMap;
     QMap<QUrl, QString> m_stereoMap;
-    QTimer m_nextImageTimer;
+    QTimer m_nextImageTimer{this};
     int m_imageDisplayTime = 0; // milliseconds
     int m_imageRemaining = 0; // milliseconds
     bool m_noTimeout = false;
