@@ -2,7 +2,7 @@
 #pragma once
 
 // The camera's angles and matrices. Angles are radians. The camera looks along minus z with y up;
-// a growing yaw turns it towards plus x, a growing pitch turns it up.
+// a growing yaw turns it towards plus x, a growing pitch turns it down.
 
 #include <QMatrix4x4>
 
