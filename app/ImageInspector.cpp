@@ -119,9 +119,13 @@ bool isTruncatedJpeg(const QString &path)
         if (inScan) {
             if (!reader.skipPast(char(kPrefix)))
                 return true;
-        } else if (reader.next() != kPrefix) {
+        } else {
+            const int prefix = reader.next();
+            if (prefix < 0)
+                return true;
             // Not a marker where one must be: damaged, but not by its end; the decoder will tell.
-            return false;
+            if (prefix != kPrefix)
+                return false;
         }
         int marker = reader.next();
         while (marker == kPrefix) // fill bytes
