@@ -49,8 +49,9 @@ private:
 bool VistrelView::FrameState::operator==(const FrameState &other) const
 {
     return textureId == other.textureId && contentRevision == other.contentRevision
-        && splitView == other.splitView && viewport == other.viewport && itemSize == other.itemSize
-        && pixelRatio == other.pixelRatio && uniforms == other.uniforms;
+        && splitView == other.splitView && overlay == other.overlay && viewport == other.viewport
+        && itemSize == other.itemSize && pixelRatio == other.pixelRatio
+        && uniforms == other.uniforms;
 }
 
 VistrelView::VistrelView(QQuickItem *parent)
@@ -183,7 +184,7 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     // A new node brings a new framebuffer, possibly under the old one's number. Without a texture
     // no shader is used.
     const bool kept = node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
-        && !isOverlayActive() && printScreenRequested() == 0 && m_state == m_painted;
+        && !m_state.overlay && printScreenRequested() == 0 && m_state == m_painted;
     m_pacer->setChanged(!kept);
     if (!kept) {
         m_frameKept = false;
@@ -252,6 +253,7 @@ VistrelView::FrameState VistrelView::currentState() const
     state.itemSize = size();
     state.pixelRatio = m_context->window()->effectiveDevicePixelRatio();
     state.splitView = controller->splitView();
+    state.overlay = isOverlayActive();
     // The revision first: a frame that arrives in between is then drawn twice rather than missed.
     state.contentRevision = provider->contentRevision();
     state.textureId = provider->textureId();
@@ -283,7 +285,7 @@ void VistrelView::drawEye(QOpenGLFunctions *gl, int eye, QSize size)
     const int width = size.isValid() ? size.width() : m_viewportWidth;
     const int height = size.isValid() ? size.height() : m_viewportHeight;
     const int left = eye == 1 ? width : 0;
-    if (!isOverlayActive()) {
+    if (!m_state.overlay) {
         gl->glViewport(left, 0, width, height);
         drawPanorama(gl, eye);
         return;
@@ -336,6 +338,7 @@ void VistrelView::releaseGraphics()
     m_panoramaProgram.reset();
     m_overlayProgram.reset();
     m_overlayScene.reset();
+    m_fastBlur = std::make_unique<FastBlur>();
     m_shaderDirty = true;
     m_frameKept = false;
 }

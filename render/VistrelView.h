@@ -71,6 +71,7 @@ private:
         QSizeF itemSize; // with the ratio, what Qt makes the framebuffer's size of
         qreal pixelRatio = 0;
         bool splitView = false;
+        bool overlay = false; // the interface shows in the view, and changes as it likes
         int textureId = 0;
         unsigned contentRevision = 0;
         bool operator==(const FrameState &other) const;
