@@ -51,7 +51,12 @@ VxTextureProvider::VxTextureProvider(VxContext *context, bool copyTexture, bool 
     Q_UNUSED(sharedMemory)
 }
 
-VxTextureProvider::~VxTextureProvider() = default;
+VxTextureProvider::~VxTextureProvider()
+{
+    // The timer lives on the rendering thread, if that outlives the provider.
+    if (m_refreshTimer)
+        m_refreshTimer->deleteLater();
+}
 
 void VxTextureProvider::setTextureId(int id)
 {
@@ -63,10 +68,8 @@ void VxTextureProvider::setTextureId(int id)
 
 void VxTextureProvider::setTextureSize(const QSize &size)
 {
-    if (size == m_textureSize)
-        return;
-    m_textureSize = size;
-    Q_EMIT textureSizeChanged();
+    if (m_textureSize.exchange(size) != size)
+        Q_EMIT textureSizeChanged();
 }
 
 void VxTextureProvider::noteNewContent()
@@ -85,20 +88,29 @@ void VxTextureProvider::watchFrames(QObject *player)
 void VxTextureProvider::setShaderEffectSource(QQuickItem *quickItem, bool isImage)
 {
     m_shaderEffectSource = quickItem;
+    m_hasSource = quickItem != nullptr;
     m_isImage = isImage;
     QQuickWindow *window = m_context->window();
     if (!window)
         return;
-    connect(window, &QQuickWindow::beforeSynchronizing, this,
-            &VxTextureProvider::onBeforeSynchronizing,
-            Qt::ConnectionType(Qt::DirectConnection | Qt::UniqueConnection));
+    followNextSynchronisation();
     connect(window, &QQuickWindow::afterRendering, this, &VxTextureProvider::onAfterRendering,
+            Qt::ConnectionType(Qt::DirectConnection | Qt::UniqueConnection));
+    connect(window, &QQuickWindow::sceneGraphInvalidated, this, &VxTextureProvider::releaseGraphics,
             Qt::ConnectionType(Qt::DirectConnection | Qt::UniqueConnection));
     // An idle scene would not synchronise by itself.
     window->update();
 }
 
-// On the rendering thread, once for each call of setShaderEffectSource().
+void VxTextureProvider::followNextSynchronisation()
+{
+    connect(m_context->window(), &QQuickWindow::beforeSynchronizing, this,
+            &VxTextureProvider::onBeforeSynchronizing,
+            Qt::ConnectionType(Qt::DirectConnection | Qt::UniqueConnection));
+}
+
+// On the rendering thread, once for each call of setShaderEffectSource() and for each new scene
+// graph, with the main thread held.
 void VxTextureProvider::onBeforeSynchronizing()
 {
     if (m_sgTextureProvider) {
@@ -112,6 +124,8 @@ void VxTextureProvider::onBeforeSynchronizing()
                     &VxTextureProvider::expectRendering, Qt::DirectConnection);
             connect(m_sgTextureProvider, &QSGTextureProvider::textureChanged, this,
                     &VxTextureProvider::onQsgTextureChanged, Qt::DirectConnection);
+            // An item that was drawn before tells of no change.
+            expectRendering();
         }
     }
     disconnect(m_context->window(), &QQuickWindow::beforeSynchronizing, this,
@@ -133,7 +147,7 @@ QQuickItem *VxTextureProvider::textureItem() const
 // On the rendering thread: while the scene is synchronised, and from the timer.
 void VxTextureProvider::onQsgTextureChanged()
 {
-    if (!m_shaderEffectSource || !m_sgTextureProvider)
+    if (!m_hasSource || !m_sgTextureProvider)
         return;
     QSGTexture *texture = m_sgTextureProvider->texture();
     if (!m_refreshTimer)
@@ -172,7 +186,7 @@ void VxTextureProvider::onAfterRendering()
     if (!m_awaitsRendering)
         return;
     m_awaitsRendering = false;
-    if (!m_shaderEffectSource || !m_sgTextureProvider)
+    if (!m_hasSource || !m_sgTextureProvider)
         return;
     if (QSGTexture *texture = m_sgTextureProvider->texture()) {
         setTextureSize(texture->textureSize());
@@ -185,8 +199,6 @@ void VxTextureProvider::createRefreshTimer()
 {
     m_refreshTimer = new QTimer;
     m_refreshTimer->setInterval(kRefreshIntervalMs);
-    connect(m_context->window(), &QQuickWindow::sceneGraphInvalidated, this,
-            &VxTextureProvider::stopTimer, Qt::DirectConnection);
     connect(m_refreshTimer, &QTimer::timeout, this, &VxTextureProvider::onQsgTextureChanged,
             Qt::DirectConnection);
     m_refreshTimer->start();
@@ -199,6 +211,21 @@ void VxTextureProvider::stopTimer()
         return;
     m_refreshTimer->stop();
     m_refreshTimer->deleteLater();
+    m_refreshTimer = nullptr;
+}
+
+// On the rendering thread, with the context that goes still current. What was made in it would be
+// taken for something of the next one's.
+void VxTextureProvider::releaseGraphics()
+{
+    stopTimer();
+    m_copyProgram.reset();
+    m_copyFbo.reset();
+    m_awaitsRendering = false;
+    if (!m_hasSource)
+        return;
+    setTextureId(0);
+    followNextSynchronisation();
 }
 
 bool VxTextureProvider::buildCopyProgram()

@@ -41,7 +41,7 @@ public:
     void setTextureId(int id);
 
     /// In texels; invalid before the first texture.
-    QSize textureSize() const { return m_textureSize; }
+    QSize textureSize() const { return m_textureSize.load(std::memory_order_acquire); }
 
     void setTextureSize(const QSize &size);
 
@@ -75,9 +75,11 @@ private Q_SLOTS:
     void expectRendering();
     void onAfterRendering();
     void stopTimer();
+    void releaseGraphics();
 
 private:
     QQuickItem *textureItem() const;
+    void followNextSynchronisation();
     void createRefreshTimer();
     void copy(uint texture, const QSize &size);
     bool buildCopyProgram();
@@ -86,10 +88,13 @@ private:
     const bool m_copyTexture;
     std::atomic_int m_textureId{0};
     std::atomic_uint m_contentRevision{0};
-    QSize m_textureSize;
+    std::atomic<QSize> m_textureSize{QSize()};
 
-    QPointer<QQuickItem> m_shaderEffectSource; // not owned
-    bool m_isImage = false;
+    // Not owned. The rendering thread touches it only while the main thread is held; at other times
+    // it asks the flags.
+    QPointer<QQuickItem> m_shaderEffectSource;
+    std::atomic_bool m_hasSource{false};
+    std::atomic_bool m_isImage{false};
 
     // Of the rendering thread:
     QPointer<QSGTextureProvider> m_sgTextureProvider; // not owned
