@@ -120,7 +120,7 @@ void Application::setContextProperties()
     root->setContextProperty(QStringLiteral("vxGlobalObject"), m_globalObject);
     root->setContextProperty(QStringLiteral("vxTextureProvider"), m_textureProvider);
     root->setContextProperty(QStringLiteral("vxSettings"), m_settings);
-    root->setContextProperty(QStringLiteral("qt_debug"), QVariant());
+    root->setContextProperty(QStringLiteral("qt_debug"), QVariant::fromValue(nullptr));
 }
 
 void Application::registerQmlTypes()
@@ -161,6 +161,9 @@ void Application::checkOpenGLVersion()
     QOpenGLContext *current = QOpenGLContext::currentContext();
     current->functions()->initializeOpenGLFunctions();
     m_mainContext = current;
+    // The scene graph may have lost the context that the former one shared with.
+    if (m_shareContext)
+        m_shareContext->deleteLater();
     m_shareContext = new QOpenGLContext;
     m_shareContext->setShareContext(current);
     m_shareContext->setFormat(current->format());
