@@ -11,17 +11,17 @@ class FakeContext : public VxContext
 public:
     VxSettings *settings() const override { return settingsObject; }
 
-    QQuickWindow *window() const override { return nullptr; }
+    QQuickWindow *window() const override { return windowObject; }
 
-    VxGlobalObject *globalObject() const override { return nullptr; }
+    VxGlobalObject *globalObject() const override { return controller; }
 
-    VxShaderCodeBuilder *shaderBuilder() const override { return nullptr; }
+    VxShaderCodeBuilder *shaderBuilder() const override { return builder; }
 
-    VxTextureProvider *textureProvider() const override { return nullptr; }
+    VxTextureProvider *textureProvider() const override { return provider; }
 
     VxHmd *hmd() const override { return nullptr; }
 
-    VxHmdUIManager *hmdUIManager() const override { return nullptr; }
+    VxHmdUIManager *hmdUIManager() const override { return uiManager; }
 
     QOpenGLContext *mainContext() const override { return nullptr; }
 
@@ -32,5 +32,10 @@ public:
     bool sharedMemory() const override { return false; }
 
     VxSettings *settingsObject = nullptr;
+    QQuickWindow *windowObject = nullptr;
+    VxGlobalObject *controller = nullptr;
+    VxShaderCodeBuilder *builder = nullptr;
+    VxTextureProvider *provider = nullptr;
+    VxHmdUIManager *uiManager = nullptr;
     QVariantMap options;
 };

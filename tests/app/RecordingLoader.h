@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Stands in for the interface's media loader and notes what the controller asks of it.
+
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+#include <QVariantMap>
+
+/// A player that only carries what was read about its medium.
+class RecordingPlayer : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QVariantMap fileMetadata MEMBER fileMetadata)
+
+public:
+    QVariantMap fileMetadata;
+};
+
+class RecordingLoader : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QObject *mediaPlayer READ mediaPlayer CONSTANT)
+
+public:
+    /// One medium that was to be shown, or the message why none was.
+    struct Medium
+    {
+        QUrl url;
+        QString error;
+        bool dragAndDrop = false;
+        bool clearPlaylist = false;
+    };
+
+    Q_INVOKABLE void processFileSource(const QVariant &source, const QVariant &clearPlaylist,
+                                       const QVariant &error, const QVariant &dragAndDrop)
+    {
+        media.append(
+            {source.toUrl(), error.toString(), dragAndDrop.toBool(), clearPlaylist.toBool()});
+    }
+
+    Q_INVOKABLE void stop() { calls.append("stop"); }
+
+    Q_INVOKABLE void play() { calls.append("play"); }
+
+    Q_INVOKABLE void destroyVideoPlayer() { calls.append("destroyVideoPlayer"); }
+
+    QObject *mediaPlayer() { return &player; }
+
+    QList<Medium> media;
+    QStringList calls;
+    RecordingPlayer player;
+};

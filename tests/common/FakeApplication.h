@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The controller among real settings, modes and textures, without the program around them.
+
+#include "app/VxGlobalObject.h"
+#include "render/VxShaderCodeBuilder.h"
+#include "render/VxTextureProvider.h"
+#include "settings/VxSettings.h"
+#include "tests/common/FakeContext.h"
+
+#include <QObject>
+
+/// Makes and connects the objects as the program does. The settings have their defaults and are
+/// never written. A window, if there is one, must be given before the objects are made, and go
+/// before them.
+class FakeApplication : public QObject, public FakeContext
+{
+    Q_OBJECT
+    Q_INTERFACES(VxContext)
+
+public:
+    FakeApplication() { settingsObject = &m_settings; }
+
+    /// Without a window unless one is given.
+    void makeObjects(QQuickWindow *window = nullptr)
+    {
+        windowObject = window;
+        m_settings.load();
+        provider = new VxTextureProvider(this, true, false);
+        controller = new VxGlobalObject(this);
+        builder = new VxShaderCodeBuilder(this);
+        connect(builder, &VxShaderCodeBuilder::projectionChanged, controller,
+                &VxGlobalObject::onProjectionChanged);
+        connect(builder, &VxShaderCodeBuilder::projectionSourceChanged, controller,
+                &VxGlobalObject::onProjectionChanged);
+        controller->setFovLimits();
+    }
+
+    ~FakeApplication() override
+    {
+        delete controller;
+        delete builder;
+        delete provider;
+    }
+
+private:
+    VxSettings m_settings{QStringLiteral("Tavro VR Player Test")};
+};
