@@ -125,7 +125,7 @@ void VxTextureProvider::onBeforeSynchronizing()
             connect(m_sgTextureProvider, &QSGTextureProvider::textureChanged, this,
                     &VxTextureProvider::onQsgTextureChanged, Qt::DirectConnection);
             // An item that was drawn before tells of no change.
-            expectRendering();
+            onQsgTextureChanged();
         }
     }
     disconnect(m_context->window(), &QQuickWindow::beforeSynchronizing, this,
