@@ -72,8 +72,10 @@ Image {
 
     onMediaSourceChanged: {
         source = "";
-        if (mediaSource.toString() === "")
+        if (mediaSource.toString() === "") {
+            playerStatus = Vx_PlayerState.NoMedia;
             return;
+        }
         errorString = "";
         playerStatus = Vx_PlayerState.Loading;
         if (vxGlobalObject.isFile(mediaSource))
