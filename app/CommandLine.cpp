@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CommandLine.h"
 
+#include "app/MediaFormats.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
-#include <QUrl>
 
 namespace CommandLine {
 
@@ -12,11 +13,8 @@ namespace {
 
 QString absoluteFile(const QString &file, const QString &startDirectory)
 {
-    const QString scheme = QUrl(file).scheme();
-    for (const char *known : {"http", "https", "rtsp", "udp", "file"}) {
-        if (scheme == QLatin1String(known))
-            return file;
-    }
+    if (MediaFormats::isUrl(file))
+        return file;
     return QDir::cleanPath(QDir(startDirectory).absoluteFilePath(file));
 }
 

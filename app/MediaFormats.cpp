@@ -46,6 +46,16 @@ QStringList videoSuffixes(bool customArguments)
     return list;
 }
 
+bool isUrl(const QString &argument)
+{
+    const QString scheme = QUrl(argument).scheme();
+    for (const char *known : {"http", "https", "rtsp", "udp", "file"}) {
+        if (scheme == QLatin1String(known))
+            return true;
+    }
+    return false;
+}
+
 bool isImage(const QUrl &url)
 {
     return imageSuffixes().contains(suffixOf(url));

@@ -43,13 +43,7 @@ QFileInfoList directoryEntries(const QString &path)
 
 QUrl urlOfArgument(const QString &argument)
 {
-    QUrl url(argument);
-    const QString scheme = url.scheme();
-    for (const char *known : {"http", "https", "rtsp", "udp", "file"}) {
-        if (scheme == QLatin1String(known))
-            return url;
-    }
-    return QUrl::fromLocalFile(argument);
+    return MediaFormats::isUrl(argument) ? QUrl(argument) : QUrl::fromLocalFile(argument);
 }
 
 } // namespace
