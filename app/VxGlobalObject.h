@@ -11,6 +11,7 @@
 #include <QMap>
 #include <QMatrix4x4>
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
@@ -301,7 +302,7 @@ private:
     void processFileSource(const QUrl &source, const QString &error, bool dragAndDrop);
 
     VxContext *m_context; // not owned
-    QObject *m_mediaLoader = nullptr; // not owned: an item of the interface
+    QPointer<QObject> m_mediaLoader; // not owned: an item of the interface
     PicturePrefetch *m_prefetch = nullptr; // not owned: the engine's
 
     QString m_videoLogMessage = QStringLiteral("No loaded media.");
