@@ -16,6 +16,7 @@ FocusScope {
     }
 
     function onDisplayMessage(message, icon) {
+        console.info(mediaLog, message);
         messageDialog.active = true;
         messageDialog.item.text = message;
         messageDialog.item.icon = icon === undefined ? informationIcon : icon;
@@ -35,6 +36,13 @@ FocusScope {
     onWidthChanged: vxSettings.set("application/window/width", width)
     onHeightChanged: vxSettings.set("application/window/height", height)
     Component.onCompleted: vxView.displayMessage.connect(onDisplayMessage)
+
+    LoggingCategory {
+        id: mediaLog
+
+        name: "tavro.media"
+        defaultLogLevel: LoggingCategory.Warning
+    }
 
     Item {
         anchors.fill: parent
