@@ -16,7 +16,7 @@ FocusScope {
     }
 
     function onDisplayMessage(message, icon) {
-        console.info(mediaLog, message);
+        console.info(mediaLog, "told the user: " + message);
         messageDialog.active = true;
         messageDialog.item.text = message;
         messageDialog.item.icon = icon === undefined ? informationIcon : icon;

@@ -325,7 +325,11 @@ void TestPanorama::leavesTheInterfaceIntact()
     scene.splitView = true;
     VERIFY_PICTURE(player, scene, m_source);
     player.keys({"ctrl+w"});
-    QTRY_COMPARE_WITH_TIMEOUT(player.screenshot(), infoScreen, 5000);
+    // Glyphs land in another place of their texture, which moves a level here and there.
+    const auto likeness = [&] {
+        return PanoramaReference::compare(player.screenshot(), infoScreen).share;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(likeness() > 0.999, PlayerProcess::kPatienceMs);
     QCOMPARE(player.noise(), QString());
 }
 

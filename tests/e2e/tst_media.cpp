@@ -1,0 +1,373 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// From a path to a picture in the real program: files, folders, playlists, the slide show, and what
+// the user is told when a medium cannot be shown.
+
+#include "tests/e2e/PlayerProcess.h"
+
+#include <QtTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+
+namespace {
+
+constexpr QRgb kRed = qRgb(200, 30, 40);
+constexpr QRgb kGreen = qRgb(30, 180, 50);
+constexpr QRgb kBlue = qRgb(40, 60, 190);
+constexpr QRgb kInfoScreen = qRgb(0x22, 0x22, 0x22);
+
+void writePicture(const QString &path, QRgb colour, QSize size = {64, 32})
+{
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(colour);
+    QVERIFY2(picture.save(path), qPrintable(path));
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), qint64(bytes.size()));
+}
+
+/// Keeps the first part of a picture's file.
+void truncate(const QString &path, double share)
+{
+    QVERIFY(QFile::resize(path, qint64(double(QFileInfo(path).size()) * share)));
+}
+
+/// A photograph-like JPEG, whose middle is worth decoding.
+void writeJpeg(const QString &path)
+{
+    QVERIFY(PanoramaReference::testPanorama({512, 256}).save(path, "JPEG", 90));
+}
+
+QString titleOf(const QString &path)
+{
+    return "Tavro VR Player - " + QUrl::fromLocalFile(path).toString();
+}
+
+} // namespace
+
+using Maker = std::function<void(const QString &path)>;
+Q_DECLARE_METATYPE(Maker)
+
+class TestMedia : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void opensPathsOfAllKinds_data();
+    void opensPathsOfAllKinds();
+    void refusesAndGoesOn_data();
+    void refusesAndGoesOn();
+    void walksThroughAPlaylist();
+    void opensAFolderNewestFirst();
+    void readsAPlaylistFile();
+    void showsSlides_data();
+    void showsSlides();
+
+private:
+    QString path(const QString &name) const { return m_dir->filePath(name); }
+
+    QStringList threeColours() const;
+
+    QScopedPointer<QTemporaryDir> m_dir;
+};
+
+void TestMedia::init()
+{
+    m_dir.reset(new QTemporaryDir);
+    QVERIFY(QFile::setPermissions(m_dir->path(), QFile::Permissions(0x7755)));
+}
+
+QStringList TestMedia::threeColours() const
+{
+    writePicture(path("red.png"), kRed);
+    writePicture(path("green.jpg"), kGreen);
+    writePicture(path("blue.bmp"), kBlue);
+    return {path("red.png"), path("green.jpg"), path("blue.bmp")};
+}
+
+void TestMedia::opensPathsOfAllKinds_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("argument"); // counts from the folder; empty: the absolute path
+    QTest::newRow("absolute") << ""
+                              << "red.png"
+                              << "";
+    QTest::newRow("relative to where the program was started") << "trip"
+                                                               << "red.png"
+                                                               << "red.png";
+    QTest::newRow("relative upwards") << "trip"
+                                      << "red.png"
+                                      << "../trip/./red.png";
+    QTest::newRow("a URL") << ""
+                           << "red.png"
+                           << "URL";
+    QTest::newRow("blanks, number sign, percent, umlauts")
+        << QString::fromUtf8("Fotos #1 50%20 Übersee")
+        << QString::fromUtf8("zwölf Äpfel #2 %41.png") << "";
+    QTest::newRow("the same, relative")
+        << QString::fromUtf8("50% ü") << QString::fromUtf8("#ö%31 .png")
+        << QString::fromUtf8("#ö%31 .png");
+    QTest::newRow("an upper-case suffix") << ""
+                                          << "RED.PNG"
+                                          << "";
+}
+
+void TestMedia::opensPathsOfAllKinds()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, name);
+    QFETCH(QString, argument);
+    PlayerStart start;
+    start.directory = path(folder);
+    QVERIFY(QDir().mkpath(start.directory));
+    const QString file = QDir(start.directory).filePath(name);
+    writePicture(file, kRed);
+    if (argument.isEmpty())
+        argument = file;
+    else if (argument == "URL")
+        argument = QUrl::fromLocalFile(file).toString();
+    start.arguments = QStringList{argument};
+    PlayerProcess player(start);
+    QVERIFY(player.waitForColour(kRed));
+    QVERIFY2(player.waitForTitle(titleOf(file)), qPrintable(player.title()));
+    QCOMPARE(player.noise(), QString());
+}
+
+void TestMedia::refusesAndGoesOn_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<Maker>("make");
+    QTest::addColumn<QString>("message");
+    const auto row = [](const char *title, const char *name, const Maker &make,
+                        const char *message) {
+        QTest::newRow(title) << QString(name) << make << QString(message);
+    };
+    const char *notLoaded = "An error occurred while loading the image";
+    row(
+        "a file that is not there", "none.png", [](const QString &) {}, notLoaded);
+    row(
+        "a file that may not be read", "secret.png",
+        [](const QString &p) {
+            writePicture(p, kGreen);
+            QVERIFY(QFile::setPermissions(p, QFile::Permissions()));
+        },
+        notLoaded);
+    row(
+        "a text by the name of a picture", "letter.jpg",
+        [](const QString &p) { writeFile(p, "Dear reader,\n"); }, notLoaded);
+    row(
+        "an empty file", "empty.jpg", [](const QString &p) { writeFile(p, {}); }, notLoaded);
+    row(
+        "a pipe that nobody writes", "pipe.jpg",
+        [](const QString &p) { QCOMPARE(mkfifo(QFile::encodeName(p).constData(), 0644), 0); },
+        notLoaded);
+    row(
+        "a JPEG that ends in the middle", "half.jpg",
+        [](const QString &p) {
+            writeJpeg(p);
+            truncate(p, 0.5);
+        },
+        notLoaded);
+    row(
+        "a PNG that ends in the middle", "half.png",
+        [](const QString &p) {
+            QVERIFY(PanoramaReference::testPanorama({512, 256}).save(p));
+            truncate(p, 0.5);
+        },
+        notLoaded);
+    row(
+        "a PNG with damaged data", "damaged.png",
+        [](const QString &p) {
+            QVERIFY(PanoramaReference::testPanorama({512, 256}).save(p));
+            QFile file(p);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(file.seek(file.size() / 3));
+            file.write(QByteArray(64, '\x5A'));
+        },
+        notLoaded);
+    row(
+        "an unknown format", "paper.pdf", [](const QString &p) { writeFile(p, "%PDF-1.4\n"); },
+        "The file format is not supported.");
+    row(
+        "no suffix", "picture", [](const QString &p) { writeFile(p, "x"); },
+        "The file format is not supported.");
+    row(
+        "an empty folder", "folder", [](const QString &p) { QVERIFY(QDir().mkpath(p)); },
+        "Error : Directory is empty");
+    row(
+        "a folder of 1000 files", "crowd",
+        [](const QString &p) {
+            QVERIFY(QDir().mkpath(p));
+            for (int i = 0; i < 1000; ++i)
+                writeFile(p + QString("/%1.png").arg(i), {});
+        },
+        "Error : Cannot load more than 1000 files in a directory");
+    row(
+        "a playlist that is not there", "none.vspl", [](const QString &) {},
+        "Error : cannot open file .vspl");
+    row(
+        "a playlist that is no JSON", "text.vspl",
+        [](const QString &p) { writeFile(p, "[{\"media\":"); }, "Error : cannot parse json");
+    row(
+        "a playlist that is an object", "object.vspl",
+        [](const QString &p) { writeFile(p, "{\"media\": \"a.png\"}"); },
+        "Error : json is not an array");
+    row(
+        "a playlist without entries", "empty.vspl", [](const QString &p) { writeFile(p, "[]"); },
+        "Error : json is empty");
+}
+
+void TestMedia::refusesAndGoesOn()
+{
+    QFETCH(QString, name);
+    QFETCH(Maker, make);
+    QFETCH(QString, message);
+    make(path(name));
+    PlayerStart start;
+    start.arguments = QStringList{path(name)};
+    // The superuser may read everything.
+    start.asNobody = name.startsWith("secret") && geteuid() == 0;
+    PlayerProcess player(start);
+
+    QString told;
+    QVERIFY(player.waitForLog("told the user: ", &told));
+    QCOMPARE(told, message);
+    QVERIFY(player.dialog() != 0);
+    player.keys({"Return"});
+
+    // The next file comes by the dialog, as a user would bring it.
+    const QString next = path("next file.png");
+    writePicture(next, kGreen);
+    QTRY_COMPARE_WITH_TIMEOUT(runTool("xdotool", {"getactivewindow"}).toULongLong(),
+                              qulonglong(player.window()), PlayerProcess::kPatienceMs);
+    player.keys({"ctrl+o"});
+    QVERIFY(player.dialog() != 0);
+    runTool("xdotool", {"type", "--delay", "5", next});
+    player.keys({"Return"});
+    QVERIFY(player.waitForColour(kGreen));
+    QVERIFY(player.waitForTitle(titleOf(next)));
+    player.terminate(SIGTERM);
+    QCOMPARE(player.waitForEnd(), 0);
+}
+
+void TestMedia::walksThroughAPlaylist()
+{
+    PlayerStart start;
+    start.arguments = threeColours();
+    PlayerProcess player(start);
+    QVERIFY(player.waitForColour(kRed));
+    for (const QRgb colour : {kGreen, kBlue, kRed}) { // from the last on to the first
+        player.keys({"alt+Right"});
+        QVERIFY(player.waitForColour(colour));
+    }
+    for (const QRgb colour : {kBlue, kGreen}) {
+        player.keys({"alt+Left"});
+        QVERIFY(player.waitForColour(colour));
+    }
+    QVERIFY(player.waitForTitle(titleOf(path("green.jpg"))));
+    player.keys({"ctrl+w"}); // stops and forgets the list
+    QVERIFY(player.waitForTitle("Tavro VR Player"));
+    player.keys({"alt+Right"});
+    QTest::qWait(300);
+    QCOMPARE(player.title(), QString("Tavro VR Player"));
+    QCOMPARE(player.noise(), QString());
+}
+
+void TestMedia::opensAFolderNewestFirst()
+{
+    const QStringList files = threeColours(); // written in this order
+    const QDateTime now = QDateTime::currentDateTime();
+    for (int i = 0; i < files.size(); ++i) {
+        QFile file(files[i]);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(now.addSecs(i * 60), QFileDevice::FileModificationTime));
+    }
+    QVERIFY(QFile::link(files[0], path("link.png"))); // no entry of its own
+    QVERIFY(QDir().mkpath(path("subfolder")));
+    PlayerStart start;
+    start.arguments = QStringList{m_dir->path()};
+    PlayerProcess player(start);
+    QVERIFY(player.waitForColour(kBlue));
+    for (const QRgb colour : {kGreen, kRed, kBlue}) {
+        player.keys({"alt+Right"});
+        QVERIFY(player.waitForColour(colour));
+    }
+    QCOMPARE(player.noise(), QString());
+}
+
+void TestMedia::readsAPlaylistFile()
+{
+    // Two eyes, one above the other; the second entry shows the lower one first.
+    QImage eyes(64, 64, QImage::Format_RGB32);
+    eyes.fill(kRed);
+    for (int y = 32; y < 64; ++y) {
+        for (int x = 0; x < 64; ++x)
+            eyes.setPixel(x, y, kBlue);
+    }
+    QVERIFY(QDir().mkpath(path("lists")));
+    QVERIFY(eyes.save(path("eyes.png")));
+    QVERIFY(eyes.save(path("eyes2.png")));
+    writePicture(path("lists/green.png"), kGreen);
+    writeFile(path("lists/tour.vspl"),
+              R"([{"media": "../eyes.png", "stereo": "OverUnder"},
+                  {"media": "../eyes2.png", "stereo": "OverUnder_I", "thumb": "t.png"},
+                  {"media": "green.png", "stereo": "None"}])");
+    PlayerStart start;
+    start.directory = path("");
+    start.arguments = QStringList{"lists/tour.vspl"};
+    PlayerProcess player(start);
+    QVERIFY(player.waitForColour(kRed));
+    player.keys({"alt+Right"});
+    QVERIFY(player.waitForColour(kBlue));
+    player.keys({"alt+Right"});
+    QVERIFY(player.waitForColour(kGreen));
+    QCOMPARE(player.noise(), QString());
+}
+
+void TestMedia::showsSlides_data()
+{
+    QTest::addColumn<QByteArrayList>("settings");
+    QTest::addColumn<QString>("key"); // of a loop mode
+    QTest::addColumn<QVector<QRgb>>("colours"); // in turn, after the first
+    QTest::newRow("all in a circle")
+        << QByteArrayList() << "" << QVector<QRgb>{kGreen, kBlue, kRed};
+    QTest::newRow("once, then the info screen")
+        << QByteArrayList{"general\\loopMode=0"} << "" << QVector<QRgb>{kGreen, kBlue, kInfoScreen};
+    QTest::newRow("one picture again and again")
+        << QByteArrayList{"general\\loopMode=2"} << "" << QVector<QRgb>{kRed};
+    QTest::newRow("in a circle after a key")
+        << QByteArrayList{"general\\loopMode=2"} << "ctrl+r" << QVector<QRgb>{kGreen, kBlue, kRed};
+    QTest::newRow("no longer than the user wants")
+        << QByteArrayList{"playlist\\imageDisplayDurationNone=true"} << "" << QVector<QRgb>{kRed};
+}
+
+void TestMedia::showsSlides()
+{
+    QFETCH(QByteArrayList, settings);
+    QFETCH(QString, key);
+    QFETCH(QVector<QRgb>, colours);
+    PlayerStart start;
+    start.arguments = threeColours();
+    start.settings = settings + QByteArrayList{"playlist\\imageDisplayDuration=1"};
+    PlayerProcess player(start);
+    QVERIFY(player.waitForColour(kRed));
+    if (!key.isEmpty())
+        player.keys({key});
+    if (colours.size() == 1)
+        QTest::qWait(2500);
+    for (const QRgb colour : colours)
+        QVERIFY(player.waitForColour(colour));
+    QCOMPARE(player.noise(), QString());
+}
+
+QTEST_MAIN(TestMedia)
+#include "tst_media.moc"
