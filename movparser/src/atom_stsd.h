@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// `stsd`: what the samples of a track are.
+
+#include "movparser/src/mov_full_atom.h"
+
+namespace Tavro::MovParserLib {
+
+class SampleDescriptionAtom : public MovFullAtom
+{
+public:
+    static constexpr uint32_t kType = FourCC("stsd");
+
+    SampleDescriptionAtom()
+        : MovFullAtom(kType)
+    { }
+
+    using MovFullAtom::Read;
+    using MovFullAtom::operator=;
+    [[nodiscard]] Error Read(FileBuffer &buffer) override;
+
+    uint32_t mediaType = 0; ///< The track's handler type, set by the owner before Read().
+};
+
+} // namespace Tavro::MovParserLib

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "movparser/src/atom_udta.h"
+
+#include "movparser/src/atom_io.h"
+
+namespace Tavro::MovParserLib {
+
+MovAtom::Error UserDataAtom::Read(FileBuffer &buffer)
+{
+    const ReadScope scope(buffer);
+    MOV_READ(scope, MovAtom::Read(buffer, kType));
+    return scope.Finish(size);
+}
+
+} // namespace Tavro::MovParserLib
