@@ -38,10 +38,16 @@ void PrintUnparsed(std::string *out, uint32_t depth, const UnparsedMap &unparsed
         entry.second.PrintToString(out, depth);
 }
 
-MovAtom::Error FindChild(FileBuffer &buffer, uint64_t firstChild, uint64_t end, uint32_t type)
+ChildRange::ChildRange(const ReadScope &scope, uint64_t size)
+    : m_buffer(scope.Buffer())
+    , m_first(scope.Buffer().Tell())
+    , m_length(scope.Remaining(size))
+{ }
+
+bool ChildRange::Find(uint32_t type) const
 {
-    static_cast<void>(buffer.Seek(static_cast<int64_t>(firstChild), 0));
-    return FindAtom(buffer, type, end > firstChild ? end - firstChild : 0);
+    static_cast<void>(m_buffer.Seek(static_cast<int64_t>(m_first), 0));
+    return FindAtom(m_buffer, type, m_length) == MovAtom::ERROR_OKAY;
 }
 
 } // namespace Tavro::MovParserLib

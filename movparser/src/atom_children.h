@@ -119,9 +119,32 @@ template <class Dispatch>
     return MovAtom::ERROR_OKAY;
 }
 
-/// Searches a child of a container that is read by search and not by a loop, from its first child
-/// (`firstChild`, a position in the buffer) to its end.
-[[nodiscard]] MovAtom::Error FindChild(FileBuffer &buffer, uint64_t firstChild, uint64_t end,
-                                       uint32_t type);
+/// The children of a container that is read by search and not by a loop: from the first child,
+/// where the cursor stands, to the container's end. Each search begins at the first child, so the
+/// order of the children does not matter and the first of several counts.
+class ChildRange
+{
+public:
+    /// `size` is the container's own, as its preamble declares.
+    ChildRange(const ReadScope &scope, uint64_t size);
+
+    /// Puts the cursor on the child; false when there is none.
+    bool Find(uint32_t type) const;
+
+    FileBuffer &Buffer() const { return m_buffer; }
+
+private:
+    FileBuffer &m_buffer;
+    uint64_t m_first;
+    uint64_t m_length;
+};
+
+/// Searches and reads a child by its class's type. An absent child is no failure.
+template <class T>
+[[nodiscard]] MovAtom::Error ReadOptionalChild(const ChildRange &range, AtomPtr<T> *child)
+{
+    child->reset();
+    return range.Find(T::kType) ? ReadChild(range.Buffer(), child) : MovAtom::ERROR_OKAY;
+}
 
 } // namespace Tavro::MovParserLib

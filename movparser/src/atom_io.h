@@ -177,12 +177,13 @@ template <class T> uint64_t SizeOfEntry()
     }
 }
 
-/// Reads `count` entries. The count is held against the bytes left before memory is taken for it.
-template <class T>
-[[nodiscard]] MovAtom::Error ReadTable(FileBuffer &buffer, uint64_t count, std::vector<T> *table)
+/// Reads `count` entries that stand in the file as `Stored`, which is the table's own type unless
+/// told. The count is held against the bytes left before memory is taken for it.
+template <class Stored, class T>
+[[nodiscard]] MovAtom::Error ReadTableAs(FileBuffer &buffer, uint64_t count, std::vector<T> *table)
 {
     table->clear();
-    const uint64_t width = SizeOfEntry<T>();
+    const uint64_t width = SizeOfEntry<Stored>();
     if (count > buffer.BytesLeft() / width)
         return MovAtom::ERROR_ATOM_READ_FAILED;
     const uint8_t *bytes = buffer.ReadInPlace(count * width);
@@ -190,12 +191,20 @@ template <class T>
         return MovAtom::ERROR_ATOM_READ_FAILED;
     table->resize(count);
     for (T &entry : *table) {
-        if constexpr (std::is_integral_v<T>)
-            DecodeField(bytes, entry);
-        else
+        if constexpr (std::is_integral_v<T>) {
+            entry = DecodeNumber<Stored>(bytes);
+            bytes += sizeof(Stored);
+        } else {
             std::apply([&](auto &...field) { (DecodeField(bytes, field), ...); }, T::Fields(entry));
+        }
     }
     return MovAtom::ERROR_OKAY;
+}
+
+template <class T>
+[[nodiscard]] MovAtom::Error ReadTable(FileBuffer &buffer, uint64_t count, std::vector<T> *table)
+{
+    return ReadTableAs<T>(buffer, count, table);
 }
 
 template <class T>
@@ -224,5 +233,9 @@ template <class T>
         ? MovAtom::ERROR_OKAY
         : MovAtom::ERROR_ATOM_WRITE_FAILED;
 }
+
+/// A string behind one byte of length.
+[[nodiscard]] MovAtom::Error ReadCountedString(FileBuffer &buffer, std::string *text);
+[[nodiscard]] MovAtom::Error WriteCountedString(FileBuffer &buffer, const std::string &text);
 
 } // namespace Tavro::MovParserLib
