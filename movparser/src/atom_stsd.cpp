@@ -12,4 +12,9 @@ MovAtom::Error SampleDescriptionAtom::Read(FileBuffer &buffer)
     return scope.Finish(size);
 }
 
+MovAtom::Error SampleDescriptionAtom::GetFrameSize(uint32_t *, uint32_t *) const
+{
+    return ERROR_INVALID_RET_VAL;
+}
+
 } // namespace Tavro::MovParserLib

@@ -20,6 +20,9 @@ public:
     using MovFullAtom::operator=;
     [[nodiscard]] Error Read(FileBuffer &buffer) override;
 
+    /// The first video entry's; ERROR_INVALID_RET_VAL without one.
+    [[nodiscard]] Error GetFrameSize(uint32_t *width, uint32_t *height) const;
+
     uint32_t mediaType = 0; ///< The track's handler type, set by the owner before Read().
 };
 

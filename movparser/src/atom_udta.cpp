@@ -12,4 +12,10 @@ MovAtom::Error UserDataAtom::Read(FileBuffer &buffer)
     return scope.Finish(size);
 }
 
+MovAtom::Error UserDataAtom::GetFirmware(const char **text) const
+{
+    *text = nullptr;
+    return ERROR_OKAY;
+}
+
 } // namespace Tavro::MovParserLib

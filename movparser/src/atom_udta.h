@@ -3,7 +3,7 @@
 
 // `udta`: what the camera says about a movie.
 
-#include "movparser/src/mov_atom.h"
+#include "movparser/src/atom_children.h"
 
 namespace Tavro::MovParserLib {
 
@@ -19,6 +19,11 @@ public:
     using MovAtom::Read;
     using MovAtom::operator=;
     [[nodiscard]] Error Read(FileBuffer &buffer) override;
+
+    /// The string, or null when there is none.
+    [[nodiscard]] Error GetFirmware(const char **text) const;
+
+    UnparsedMap unparsed;
 };
 
 } // namespace Tavro::MovParserLib
