@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// `moov`: a movie, all of its tracks and what is said about it.
+
+#include "movparser/src/atom_mvhd.h"
+#include "movparser/src/atom_trak.h"
+#include "movparser/src/atom_udta.h"
+
+#include <vector>
+
+namespace Tavro::MovParserLib {
+
+/// Fails to read without a `trak`; `mvhd` may be absent. Children that are not modelled are kept.
+class MovieAtom : public MovAtom
+{
+public:
+    static constexpr uint32_t kType = FourCC("moov");
+
+    MovieAtom()
+        : MovAtom(kType)
+    { }
+
+    using MovAtom::Read;
+    using MovAtom::operator=;
+    [[nodiscard]] Error Read(FileBuffer &buffer) override;
+    [[nodiscard]] Error Write(FileBuffer &buffer) override;
+    void PrintToString(std::string *out, uint32_t depth) const override;
+    uint64_t GetSize() const override;
+
+    /// The first track with this handler, or null.
+    const TrackAtom *FindTrack(uint32_t handlerType) const;
+    TrackAtom *FindTrack(uint32_t handlerType);
+
+    /// The n-th one, from 0 in file order.
+    const TrackAtom *FindTrack(uint32_t handlerType, uint32_t n) const;
+
+    const TrackAtom *FindTrackById(uint32_t trackId) const;
+
+    MovieHeaderAtom header;
+    std::vector<TrackAtom> tracks; ///< In file order.
+    UnparsedMap unparsed;
+    AtomPtr<UserDataAtom> user_data;
+
+private:
+    [[nodiscard]] Error ReadMovie(const ReadScope &scope);
+};
+
+} // namespace Tavro::MovParserLib
