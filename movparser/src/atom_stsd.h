@@ -60,9 +60,6 @@ public:
     /// The same for sound; see SoundSampleDescription::SetFormat.
     [[nodiscard]] Error AddSoundDescription(uint32_t format, uint32_t channels, double rate);
 
-    /// The first video entry's; ERROR_INVALID_RET_VAL without one.
-    [[nodiscard]] Error GetFrameSize(uint32_t *width, uint32_t *height) const;
-
     uint32_t mediaType = 0; ///< The track's handler type, set by the owner before Read().
     std::vector<AtomPtr<SampleDescription>> entries;
 

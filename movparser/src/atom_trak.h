@@ -65,11 +65,31 @@ public:
     [[nodiscard]] Error GetInitialPose(float *yaw, float *pitch, float *roll) const;
     [[nodiscard]] Error GetWritingTool(std::string *tool, uint32_t *sourceCount) const;
 
+    // The same in both generations of the metadata. The first description is made when a video
+    // track has none; ERROR_INVALID_RET_VAL where the track's atoms do not lead to one, in which
+    // case the document may have been changed.
+
+    /// 0 none, 1 left-right, 2 top-bottom. In the document only where there is one.
+    [[nodiscard]] Error SetStereoMode(uint32_t mode);
+    /// Degrees.
+    [[nodiscard]] Error SetInitialPose(float yaw, float pitch, float roll);
+    /// With the crop of each side in 1/2^32.
+    [[nodiscard]] Error SetEquirectangular(uint32_t top, uint32_t bottom, uint32_t left,
+                                           uint32_t right);
+    /// Removes the document.
+    [[nodiscard]] Error SetCubemap(uint32_t layout, uint32_t padding);
+    /// ERROR_INVALID_ARG for an empty text.
+    [[nodiscard]] Error SetWritingTool(const std::string &tool, uint32_t sourceCount);
+
     TrackHeaderAtom header;
     MediaAtom media;
     AtomPtr<EditAtom> edits;
     AtomPtr<TrackReferenceAtom> references;
     AtomPtr<sphericalVideoLegacyAtom> spherical;
+
+private:
+    const VideoSampleDescription *VideoDescription() const;
+    VideoSampleDescription *EnsureVideoDescription();
 };
 
 } // namespace Tavro::MovParserLib

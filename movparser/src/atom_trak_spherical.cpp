@@ -2,7 +2,6 @@
 // What a track says about a panorama, in the two generations of spherical metadata.
 
 #include "movparser/src/atom_trak.h"
-
 #include "movparser/src/video_sample_description.h"
 
 namespace Tavro::MovParserLib {
@@ -54,8 +53,8 @@ MovAtom::Error TrackAtom::GetProjection(uint32_t *projection) const
     if (!projection)
         return ERROR_INVALID_ARG;
     if (const VideoSampleDescription *description = VideoDescription())
-        *projection = description->spherical ? description->spherical->GetProjection()
-                                             : kProjectionUnknown;
+        *projection =
+            description->spherical ? description->spherical->GetProjection() : kProjectionUnknown;
     else if (spherical)
         *projection = spherical->GetProjection();
     return ERROR_OKAY;
