@@ -64,39 +64,37 @@ constexpr const char *kAtomErrors[] = {"ERROR_OKAY",
                                        "ERROR_ZERO_SIZE_ATOM"};
 
 template <uint32_t N>
-void PrintLine(const char *prefix, const char *const (&names)[N], uint32_t code,
-               const char *unknown = "Unknown error code")
+std::string Join(const char *prefix, const char *const (&names)[N], uint32_t code,
+                 const char *unknown = "Unknown error code")
 {
-    std::fprintf(stderr, "%s%s\n", prefix, code < N ? names[code] : unknown);
+    return std::string(prefix) + (code < N ? names[code] : unknown);
 }
 
 } // namespace
 
-uint32_t ReportError(uint32_t domain, uint32_t code)
+std::string ErrorText(uint32_t domain, uint32_t code)
 {
-    if (domain == 0 && code == 0)
-        return 0;
     switch (domain) {
     case kFileReaderDomain:
-        PrintLine("FileReader::Error  >>  ", kFileReaderErrors, code);
-        break;
+        return Join("FileReader::Error  >>  ", kFileReaderErrors, code);
     case kFileWriterDomain:
-        PrintLine("FileWriter::Error  >>  ", kFileWriterErrors, code);
-        break;
+        return Join("FileWriter::Error  >>  ", kFileWriterErrors, code);
     case kBufferDomain:
-        PrintLine("GenericBuffer::Error  >>  ", kBufferErrors, code);
-        break;
+        return Join("GenericBuffer::Error  >>  ", kBufferErrors, code);
     case kAtomDomain:
-        PrintLine("MovAtom::Error  >>  ", kAtomErrors, code);
-        break;
+        return Join("MovAtom::Error  >>  ", kAtomErrors, code);
     default:
         // The codes of a failed read arrive here under the parser's name too, when a file ends
         // before its `moov`: the ones that the parser has no name for leave the prefix alone.
-        if (domain < kFileReaderDomain)
-            PrintLine("MovParser::Error  >>  ", kParserErrors, code, "");
-        else
-            std::fputs("Unknown error code\n", stderr);
+        return domain < kFileReaderDomain ? Join("MovParser::Error  >>  ", kParserErrors, code, "")
+                                          : "Unknown error code";
     }
+}
+
+uint32_t ReportError(uint32_t domain, uint32_t code)
+{
+    if (domain != 0 || code != 0)
+        std::fprintf(stderr, "%s\n", ErrorText(domain, code).c_str());
     return domain | code;
 }
 

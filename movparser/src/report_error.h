@@ -4,6 +4,7 @@
 // One number space over the error codes of all the library's classes: domain | code.
 
 #include <cstdint>
+#include <string>
 
 namespace Tavro::MovParserLib {
 
@@ -15,6 +16,9 @@ enum ErrorDomain : uint32_t {
     kBufferDomain = 0x30000,
     kAtomDomain = 0x40000
 };
+
+/// The domain's prefix and the code's name.
+std::string ErrorText(uint32_t domain, uint32_t code);
 
 /// Prints the domain's prefix and the code's name on standard error, unless both arguments are
 /// 0, and returns domain | code.
