@@ -9,8 +9,7 @@ void TavroCameraLENSAtom::PrintToString(std::string *out, uint32_t depth) const
 {
     const PrintBlock block(out, depth, "LENSAtom");
     MovAtom::PrintToString(out, block.Depth());
-    if (!data.empty())
-        PrintLine(out, block.Depth(), "Lens Vendor: %c", data.front());
+    PrintLine(out, block.Depth(), "Lens Vendor: %c", data.empty() ? 0 : data.front());
 }
 
 } // namespace Tavro::MovParserLib
