@@ -17,4 +17,14 @@ MovAtom::Error SampleDescriptionAtom::GetFrameSize(uint32_t *, uint32_t *) const
     return ERROR_INVALID_RET_VAL;
 }
 
+MovAtom::Error SampleDescriptionAtom::AddVideoDescription(uint32_t, uint16_t, uint16_t)
+{
+    return ERROR_INVALID_OP;
+}
+
+MovAtom::Error SampleDescriptionAtom::AddSoundDescription(uint32_t, uint32_t, double)
+{
+    return ERROR_INVALID_OP;
+}
+
 } // namespace Tavro::MovParserLib

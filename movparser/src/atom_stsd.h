@@ -23,6 +23,10 @@ public:
     /// The first video entry's; ERROR_INVALID_RET_VAL without one.
     [[nodiscard]] Error GetFrameSize(uint32_t *width, uint32_t *height) const;
 
+    /// Makes the only entry of a track of the kind.
+    [[nodiscard]] Error AddVideoDescription(uint32_t format, uint16_t width, uint16_t height);
+    [[nodiscard]] Error AddSoundDescription(uint32_t format, uint32_t channels, double rate);
+
     uint32_t mediaType = 0; ///< The track's handler type, set by the owner before Read().
 };
 
