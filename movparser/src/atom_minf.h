@@ -50,6 +50,9 @@ public:
     /// Null without samples.
     virtual SampleTableAtom *GetSampleTable() const { return nullptr; }
 
+    /// Makes the header, a reference to the file itself and empty tables, for writing a track.
+    [[nodiscard]] virtual Error CreateSampleTable();
+
     // Codec data: null without samples.
     virtual SampleDescriptionAtom *GetSampleDescriptions() const { return nullptr; }
 
@@ -84,6 +87,8 @@ public:
     uint64_t GetSize() const override;
 
     SampleTableAtom *GetSampleTable() const override { return sampleTable.get(); }
+
+    [[nodiscard]] Error CreateSampleTable() override;
 
     SampleDescriptionAtom *GetSampleDescriptions() const override
     {

@@ -11,6 +11,24 @@
 
 namespace Tavro::MovParserLib {
 
+struct VideoTrackFormat
+{
+    uint32_t codec = 0; ///< The fourcc of the sample description.
+    uint16_t width = 0; ///< In pixels.
+    uint16_t height = 0;
+    uint32_t timeScale = 0;
+    uint32_t aspectNumerator = 1; ///< Of a pixel: width over height.
+    uint32_t aspectDenominator = 1;
+};
+
+struct SoundTrackFormat
+{
+    uint32_t codec = 0;
+    uint32_t channels = 0;
+    double sampleRate = 0; ///< In hertz.
+    uint32_t timeScale = 0;
+};
+
 /// Fails to read without a `trak`; `mvhd` may be absent. Children that are not modelled are kept.
 class MovieAtom : public MovAtom
 {
@@ -37,6 +55,12 @@ public:
 
     const TrackAtom *FindTrackById(uint32_t trackId) const;
 
+    /// Appends a track with empty sample tables, with the number that the header says is next.
+    /// `track` (may be null) is valid until another one is added. ERROR_INVALID_ARG for a picture
+    /// without width or height and for sound of no known format; nothing is added then.
+    [[nodiscard]] Error AddVideoTrack(const VideoTrackFormat &format, TrackAtom **track = nullptr);
+    [[nodiscard]] Error AddSoundTrack(const SoundTrackFormat &format, TrackAtom **track = nullptr);
+
     MovieHeaderAtom header;
     std::vector<TrackAtom> tracks; ///< In file order.
     UnparsedMap unparsed;
@@ -44,6 +68,7 @@ public:
 
 private:
     [[nodiscard]] Error ReadMovie(const ReadScope &scope);
+    void Append(TrackAtom track, TrackAtom **added);
 };
 
 } // namespace Tavro::MovParserLib
