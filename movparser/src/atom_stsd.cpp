@@ -178,14 +178,4 @@ MovAtom::Error SampleDescriptionAtom::AddSoundDescription(uint32_t format, uint3
     return error;
 }
 
-MovAtom::Error SampleDescriptionAtom::AddVideoDescription(uint32_t, uint16_t, uint16_t)
-{
-    return ERROR_INVALID_OP;
-}
-
-MovAtom::Error SampleDescriptionAtom::AddSoundDescription(uint32_t, uint32_t, double)
-{
-    return ERROR_INVALID_OP;
-}
-
 } // namespace Tavro::MovParserLib

@@ -60,10 +60,6 @@ public:
     /// The same for sound; see SoundSampleDescription::SetFormat.
     [[nodiscard]] Error AddSoundDescription(uint32_t format, uint32_t channels, double rate);
 
-    /// Makes the only entry of a track of the kind.
-    [[nodiscard]] Error AddVideoDescription(uint32_t format, uint16_t width, uint16_t height);
-    [[nodiscard]] Error AddSoundDescription(uint32_t format, uint32_t channels, double rate);
-
     uint32_t mediaType = 0; ///< The track's handler type, set by the owner before Read().
     std::vector<AtomPtr<SampleDescription>> entries;
 
