@@ -13,7 +13,7 @@ MovAtom::Error CompositionOffsetsAtom::Read(FileBuffer &buffer)
     m_cursor = {};
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
-    MOV_READ(scope, ReadTable(buffer, count, &entries));
+    MOV_READ(scope, entries.Read(buffer, count));
     return scope.Finish(size);
 }
 
@@ -21,7 +21,7 @@ MovAtom::Error CompositionOffsetsAtom::Write(FileBuffer &buffer)
 {
     MOV_WRITE(MovFullAtom::Write(buffer));
     MOV_WRITE(WriteNumber(buffer, static_cast<uint32_t>(entries.size())));
-    return WriteTable(buffer, entries);
+    return entries.Write(buffer);
 }
 
 void CompositionOffsetsAtom::PrintToString(std::string *out, uint32_t depth) const
@@ -37,17 +37,16 @@ void CompositionOffsetsAtom::PrintToString(std::string *out, uint32_t depth) con
 
 uint64_t CompositionOffsetsAtom::GetSize() const
 {
-    return MovFullAtom::GetSize() + sizeof(uint32_t)
-        + entries.size() * SizeOfEntry<CompositionOffsetsTableEntry>();
+    return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
 void CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
 {
     m_cursor = {};
     if (!entries.empty() && entries.back().sampleDelta == delta)
-        entries.back().sampleCount += count;
+        entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta});
     else
-        entries.emplace_back(count, delta);
+        entries.push_back({count, delta});
 }
 
 MovAtom::Error CompositionOffsetsAtom::GetSampleDelta(uint32_t index, int32_t *delta) const
@@ -57,7 +56,7 @@ MovAtom::Error CompositionOffsetsAtom::GetSampleDelta(uint32_t index, int32_t *d
     if (index < m_cursor.samples)
         m_cursor = {};
     while (m_cursor.entry < entries.size()) {
-        const CompositionOffsetsTableEntry &entry = entries[m_cursor.entry];
+        const CompositionOffsetsTableEntry entry = entries[m_cursor.entry];
         if (index - m_cursor.samples < entry.sampleCount) {
             *delta = entry.sampleDelta;
             return ERROR_OKAY;

@@ -3,11 +3,11 @@
 
 // `ctts`: by how much a sample is shown later than it is decoded.
 
+#include "movparser/src/atom_table.h"
 #include "movparser/src/mov_full_atom.h"
 #include "movparser/src/run_cursor.h"
 
 #include <tuple>
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -57,7 +57,7 @@ public:
     /// An empty table is ERROR_INVALID_ARG, a sample behind its end ERROR_INVALID_RET_VAL.
     [[nodiscard]] Error GetSampleDelta(uint32_t index, int32_t *delta) const;
 
-    std::vector<CompositionOffsetsTableEntry> entries;
+    AtomTable<CompositionOffsetsTableEntry> entries;
 
 private:
     mutable RunCursor m_cursor;

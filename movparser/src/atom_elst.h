@@ -3,10 +3,10 @@
 
 // `elst`: which stretches of the media a track plays.
 
+#include "movparser/src/atom_table.h"
 #include "movparser/src/mov_full_atom.h"
 
 #include <tuple>
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -47,7 +47,7 @@ public:
     void PrintToString(std::string *out, uint32_t depth) const override;
     uint64_t GetSize() const override;
 
-    std::vector<EditListTableEntry> entries;
+    AtomTable<EditListTableEntry> entries;
 };
 
 } // namespace Tavro::MovParserLib

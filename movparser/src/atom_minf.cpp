@@ -157,6 +157,24 @@ MovAtom::Error MediaInformationAtom::GetDurationRange(uint32_t *shortest, uint32
     return table ? table->GetDurationRange(shortest, longest) : ERROR_INVALID_RET_VAL;
 }
 
+MovAtom::Error MediaInformationAtom::CreateSampleTable()
+{
+    return ERROR_INVALID_OP;
+}
+
+template <class Header> MovAtom::Error KindOfMediaInformationAtom<Header>::CreateSampleTable()
+{
+    header = std::make_unique<Header>();
+    dataHandler = std::make_unique<HandlerReferenceAtom>(
+        HandlerReferenceAtom::kDataHandler, HandlerReferenceAtom::kAliasSubtype, std::string());
+    DataReference self;
+    self.type = HandlerReferenceAtom::kAliasSubtype;
+    self.flags = {0, 0, 1}; // the media data lie in this file
+    dataInformation.Ensure().dataReference.Ensure().entries = {self};
+    sampleTable = std::make_unique<SampleTableAtom>();
+    return SetHandlerType(handlerType);
+}
+
 template <class Header> MovAtom::Error KindOfMediaInformationAtom<Header>::Read(FileBuffer &buffer)
 {
     return Read(buffer, kType);

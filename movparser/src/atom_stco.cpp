@@ -16,9 +16,19 @@ MovAtom::Error ChunkOffsetAtom::Read(FileBuffer &buffer)
     MOV_READ(scope, MovFullAtom::Read(buffer, expected));
     MOV_READ(scope, ReadNumber(buffer, &count));
     MOV_READ(scope,
-             expected == kWideType ? ReadTable(buffer, count, &offsets)
-                                   : ReadTableAs<uint32_t>(buffer, count, &offsets));
+             expected == kWideType ? offsets.Read(buffer, count) : ReadNarrow(buffer, count));
     return scope.Finish(size);
+}
+
+MovAtom::Error ChunkOffsetAtom::ReadNarrow(FileBuffer &buffer, uint32_t count)
+{
+    AtomTable<uint32_t> narrow;
+    if (narrow.Read(buffer, count) != ERROR_OKAY)
+        return ERROR_ATOM_READ_FAILED;
+    offsets.clear();
+    for (const uint32_t offset : narrow)
+        offsets.push_back(offset);
+    return ERROR_OKAY;
 }
 
 MovAtom::Error ChunkOffsetAtom::Write(FileBuffer &buffer)
@@ -26,7 +36,7 @@ MovAtom::Error ChunkOffsetAtom::Write(FileBuffer &buffer)
     MOV_WRITE(MovFullAtom::Write(buffer));
     MOV_WRITE(WriteNumber(buffer, static_cast<uint32_t>(offsets.size())));
     if (type == kWideType)
-        return WriteTable(buffer, offsets);
+        return offsets.Write(buffer);
     for (const uint64_t offset : offsets) {
         if (offset > UINT32_MAX)
             return ERROR_ATOM_WRITE_FAILED;

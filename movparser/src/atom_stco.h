@@ -3,9 +3,8 @@
 
 // `stco` and `co64`: where each chunk lies in the file.
 
+#include "movparser/src/atom_table.h"
 #include "movparser/src/mov_full_atom.h"
-
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -35,9 +34,11 @@ public:
     /// Chunk numbers count from 1; others than the table's are ERROR_INVALID_ARG.
     [[nodiscard]] Error GetOffset(uint32_t chunkNumber, uint64_t *fileOffset) const;
 
-    std::vector<uint64_t> offsets;
+    AtomTable<uint64_t> offsets;
 
 private:
+    [[nodiscard]] Error ReadNarrow(FileBuffer &buffer, uint32_t count);
+
     uint64_t SizeOfOffset() const { return type == kWideType ? 8 : 4; }
 };
 

@@ -13,7 +13,7 @@ MovAtom::Error SampleToChunkAtom::Read(FileBuffer &buffer)
     m_cursor = {};
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
-    MOV_READ(scope, ReadTable(buffer, count, &entries));
+    MOV_READ(scope, entries.Read(buffer, count));
     return scope.Finish(size);
 }
 
@@ -21,7 +21,7 @@ MovAtom::Error SampleToChunkAtom::Write(FileBuffer &buffer)
 {
     MOV_WRITE(MovFullAtom::Write(buffer));
     MOV_WRITE(WriteNumber(buffer, static_cast<uint32_t>(entries.size())));
-    return WriteTable(buffer, entries);
+    return entries.Write(buffer);
 }
 
 void SampleToChunkAtom::PrintToString(std::string *out, uint32_t depth) const
@@ -39,8 +39,7 @@ void SampleToChunkAtom::PrintToString(std::string *out, uint32_t depth) const
 
 uint64_t SampleToChunkAtom::GetSize() const
 {
-    return MovFullAtom::GetSize() + sizeof(uint32_t)
-        + entries.size() * SizeOfEntry<SampleToChunkTableEntry>();
+    return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
 void SampleToChunkAtom::AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk,
@@ -50,7 +49,7 @@ void SampleToChunkAtom::AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk,
     if (!entries.empty() && entries.back().samplesPerChunk == samplesPerChunk
         && entries.back().sampleDescriptionId == sampleDescriptionId)
         return;
-    entries.emplace_back(firstChunk, samplesPerChunk, sampleDescriptionId);
+    entries.push_back({firstChunk, samplesPerChunk, sampleDescriptionId});
 }
 
 MovAtom::Error SampleToChunkAtom::GetChunk(uint32_t index, SampleChunk *chunk) const
@@ -63,7 +62,7 @@ MovAtom::Error SampleToChunkAtom::GetChunk(uint32_t index, SampleChunk *chunk) c
         m_cursor = {};
     // The last run has no end, so the walk stops there at the latest.
     while (m_cursor.entry + 1 < entries.size()) {
-        const SampleToChunkTableEntry &run = entries[m_cursor.entry];
+        const SampleToChunkTableEntry run = entries[m_cursor.entry];
         const uint32_t next = entries[m_cursor.entry + 1].firstChunk;
         const uint64_t chunks = next > run.firstChunk ? next - run.firstChunk : 0;
         const uint64_t samples = chunks * run.samplesPerChunk;
@@ -71,7 +70,7 @@ MovAtom::Error SampleToChunkAtom::GetChunk(uint32_t index, SampleChunk *chunk) c
             break;
         m_cursor.Pass(samples, 0);
     }
-    const SampleToChunkTableEntry &run = entries[m_cursor.entry];
+    const SampleToChunkTableEntry run = entries[m_cursor.entry];
     if (run.samplesPerChunk == 0)
         return ERROR_MALFORMED_ATOM; // there is nothing to divide by
     const uint64_t rest = index - m_cursor.samples;

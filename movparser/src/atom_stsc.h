@@ -3,11 +3,11 @@
 
 // `stsc`: which chunk holds a sample.
 
+#include "movparser/src/atom_table.h"
 #include "movparser/src/mov_full_atom.h"
 #include "movparser/src/run_cursor.h"
 
 #include <tuple>
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -68,7 +68,7 @@ public:
     /// A run with no samples in its chunks, and an empty table, are ERROR_MALFORMED_ATOM.
     [[nodiscard]] Error GetChunk(uint32_t index, SampleChunk *chunk) const;
 
-    std::vector<SampleToChunkTableEntry> entries;
+    AtomTable<SampleToChunkTableEntry> entries;
 
 private:
     mutable RunCursor m_cursor;

@@ -14,7 +14,7 @@ MovAtom::Error SyncSampleAtom::Read(FileBuffer &buffer)
     uint32_t count = 0;
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
-    MOV_READ(scope, ReadTable(buffer, count, &sampleNumbers));
+    MOV_READ(scope, sampleNumbers.Read(buffer, count));
     return scope.Finish(size);
 }
 
@@ -22,7 +22,7 @@ MovAtom::Error SyncSampleAtom::Write(FileBuffer &buffer)
 {
     MOV_WRITE(MovFullAtom::Write(buffer));
     MOV_WRITE(WriteNumber(buffer, static_cast<uint32_t>(sampleNumbers.size())));
-    return WriteTable(buffer, sampleNumbers);
+    return sampleNumbers.Write(buffer);
 }
 
 void SyncSampleAtom::PrintToString(std::string *out, uint32_t depth) const
@@ -36,8 +36,7 @@ void SyncSampleAtom::PrintToString(std::string *out, uint32_t depth) const
 
 uint64_t SyncSampleAtom::GetSize() const
 {
-    return MovFullAtom::GetSize() + sizeof(uint32_t)
-        + sampleNumbers.size() * SizeOfEntry<uint32_t>();
+    return MovFullAtom::GetSize() + sizeof(uint32_t) + sampleNumbers.SizeInFile();
 }
 
 void SyncSampleAtom::AddSample(uint32_t number)

@@ -3,9 +3,8 @@
 
 // `stss`: the samples that decoding can begin with.
 
+#include "movparser/src/atom_table.h"
 #include "movparser/src/mov_full_atom.h"
-
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -30,7 +29,7 @@ public:
     /// Sample numbers count from 1.
     bool Contains(uint32_t number) const;
 
-    std::vector<uint32_t> sampleNumbers; ///< In ascending order.
+    AtomTable<uint32_t> sampleNumbers; ///< In ascending order.
 };
 
 } // namespace Tavro::MovParserLib

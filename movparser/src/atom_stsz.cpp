@@ -13,7 +13,7 @@ MovAtom::Error SampleSizeAtom::Read(FileBuffer &buffer)
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadFields(buffer, std::tie(uniformSize, sampleCount)));
     if (uniformSize == 0)
-        MOV_READ(scope, ReadTable(buffer, sampleCount, &sizes));
+        MOV_READ(scope, sizes.Read(buffer, sampleCount));
     return scope.Finish(size);
 }
 
@@ -23,7 +23,7 @@ MovAtom::Error SampleSizeAtom::Write(FileBuffer &buffer)
         return ERROR_ATOM_WRITE_FAILED;
     MOV_WRITE(MovFullAtom::Write(buffer));
     MOV_WRITE(WriteFields(buffer, std::tie(uniformSize, sampleCount)));
-    return WriteTable(buffer, sizes);
+    return sizes.Write(buffer);
 }
 
 void SampleSizeAtom::PrintToString(std::string *out, uint32_t depth) const
@@ -39,7 +39,7 @@ void SampleSizeAtom::PrintToString(std::string *out, uint32_t depth) const
 uint64_t SampleSizeAtom::GetSize() const
 {
     return MovFullAtom::GetSize() + SizeOfFields(std::tie(uniformSize, sampleCount))
-        + sizes.size() * sizeof(uint32_t);
+        + sizes.SizeInFile();
 }
 
 MovAtom::Error SampleSizeAtom::AddSample(uint32_t bytes)

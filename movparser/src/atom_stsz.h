@@ -3,9 +3,8 @@
 
 // `stsz`: the size of each sample.
 
+#include "movparser/src/atom_table.h"
 #include "movparser/src/mov_full_atom.h"
-
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -36,7 +35,7 @@ public:
 
     uint32_t uniformSize = 0; ///< 0 when there is a table.
     uint32_t sampleCount = 0;
-    std::vector<uint32_t> sizes;
+    AtomTable<uint32_t> sizes;
 };
 
 } // namespace Tavro::MovParserLib

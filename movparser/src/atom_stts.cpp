@@ -15,7 +15,7 @@ MovAtom::Error TimeToSampleAtom::Read(FileBuffer &buffer)
     m_cursor = {};
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
-    MOV_READ(scope, ReadTable(buffer, count, &entries));
+    MOV_READ(scope, entries.Read(buffer, count));
     return scope.Finish(size);
 }
 
@@ -23,7 +23,7 @@ MovAtom::Error TimeToSampleAtom::Write(FileBuffer &buffer)
 {
     MOV_WRITE(MovFullAtom::Write(buffer));
     MOV_WRITE(WriteNumber(buffer, static_cast<uint32_t>(entries.size())));
-    return WriteTable(buffer, entries);
+    return entries.Write(buffer);
 }
 
 void TimeToSampleAtom::PrintToString(std::string *out, uint32_t depth) const
@@ -39,17 +39,16 @@ void TimeToSampleAtom::PrintToString(std::string *out, uint32_t depth) const
 
 uint64_t TimeToSampleAtom::GetSize() const
 {
-    return MovFullAtom::GetSize() + sizeof(uint32_t)
-        + entries.size() * SizeOfEntry<TimeToSampleTableEntry>();
+    return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
 void TimeToSampleAtom::AddEntry(uint32_t count, uint32_t duration)
 {
     m_cursor = {};
     if (!entries.empty() && entries.back().sampleDuration == duration)
-        entries.back().sampleCount += count;
+        entries.Set(entries.size() - 1, {entries.back().sampleCount + count, duration});
     else
-        entries.emplace_back(count, duration);
+        entries.push_back({count, duration});
 }
 
 MovAtom::Error TimeToSampleAtom::GetSampleTime(uint32_t index, uint64_t *time,
@@ -60,7 +59,7 @@ MovAtom::Error TimeToSampleAtom::GetSampleTime(uint32_t index, uint64_t *time,
     if (index < m_cursor.samples)
         m_cursor = {};
     while (m_cursor.entry < entries.size()) {
-        const TimeToSampleTableEntry &entry = entries[m_cursor.entry];
+        const TimeToSampleTableEntry entry = entries[m_cursor.entry];
         if (index - m_cursor.samples < entry.sampleCount) {
             *time = m_cursor.time + (index - m_cursor.samples) * entry.sampleDuration;
             *duration = entry.sampleDuration;
@@ -78,7 +77,7 @@ MovAtom::Error TimeToSampleAtom::GetSampleIndex(uint64_t time, uint32_t *index) 
     if (time < m_cursor.time)
         m_cursor = {};
     while (m_cursor.entry < entries.size()) {
-        const TimeToSampleTableEntry &entry = entries[m_cursor.entry];
+        const TimeToSampleTableEntry entry = entries[m_cursor.entry];
         const uint64_t length = uint64_t(entry.sampleCount) * entry.sampleDuration;
         if (time - m_cursor.time < length) {
             *index = static_cast<uint32_t>(m_cursor.samples
@@ -95,7 +94,7 @@ MovAtom::Error TimeToSampleAtom::GetDurationRange(uint32_t *shortest, uint32_t *
     if (!shortest || !longest || entries.empty())
         return ERROR_INVALID_ARG;
     *shortest = *longest = entries.front().sampleDuration;
-    for (const TimeToSampleTableEntry &entry : entries) {
+    for (const TimeToSampleTableEntry entry : entries) {
         *shortest = std::min(*shortest, entry.sampleDuration);
         *longest = std::max(*longest, entry.sampleDuration);
     }

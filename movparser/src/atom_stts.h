@@ -3,11 +3,11 @@
 
 // `stts`: the duration of each sample.
 
+#include "movparser/src/atom_table.h"
 #include "movparser/src/mov_full_atom.h"
 #include "movparser/src/run_cursor.h"
 
 #include <tuple>
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -64,7 +64,7 @@ public:
     /// The shortest and the longest duration in the table; an empty one is ERROR_INVALID_ARG.
     [[nodiscard]] Error GetDurationRange(uint32_t *shortest, uint32_t *longest) const;
 
-    std::vector<TimeToSampleTableEntry> entries;
+    AtomTable<TimeToSampleTableEntry> entries;
 
 private:
     // Where the last look-up ended: neighbouring samples are found without a walk from the start.

@@ -39,11 +39,12 @@ public:
     /// Copies `length` bytes from the cursor, or fails with ERROR_BUFFER_EMPTY and copies none.
     [[nodiscard]] Error Read(void *dst, int64_t length)
     {
-        const uint8_t *src = ReadInPlace(static_cast<uint64_t>(length));
+        if (length == 0)
+            return ERROR_OKAY;
+        const uint8_t *src = length > 0 ? ReadInPlace(static_cast<uint64_t>(length)) : nullptr;
         if (!src)
             return ERROR_BUFFER_EMPTY;
-        if (length != 0)
-            std::memcpy(dst, src, static_cast<size_t>(length));
+        std::memcpy(dst, src, static_cast<size_t>(length));
         return ERROR_OKAY;
     }
 

@@ -68,6 +68,8 @@ public:
         return std::move(*this).wide();
     }
 
+    const QByteArray &type() const { return m_type; }
+
     QByteArray bytes() const
     {
         const int preamble = m_wide ? 16 : 8;
