@@ -7,6 +7,8 @@
 
 #include "movparser/src/mov_atom.h"
 
+#include <QtCore/QtEndian>
+
 #include <array>
 #include <tuple>
 #include <type_traits>
@@ -75,10 +77,7 @@ template <class T> T DecodeNumber(const uint8_t *bytes)
         return value;
     } else {
         static_assert(std::is_integral_v<T>);
-        std::make_unsigned_t<T> value = 0;
-        for (size_t i = 0; i < sizeof(T); ++i)
-            value = static_cast<decltype(value)>(static_cast<uint64_t>(value) << 8 | bytes[i]);
-        return static_cast<T>(value);
+        return static_cast<T>(qFromBigEndian<typename QIntegerForSizeof<T>::Unsigned>(bytes));
     }
 }
 
@@ -90,9 +89,7 @@ template <class T> void EncodeNumber(T value, uint8_t *bytes)
         EncodeNumber(bits, bytes);
     } else {
         static_assert(std::is_integral_v<T>);
-        for (size_t i = 0; i < sizeof(T); ++i)
-            bytes[i] =
-                static_cast<uint8_t>(static_cast<uint64_t>(value) >> (8 * (sizeof(T) - 1 - i)));
+        qToBigEndian(static_cast<typename QIntegerForSizeof<T>::Unsigned>(value), bytes);
     }
 }
 

@@ -6,6 +6,7 @@
 // asked for, and reading a table is one copy.
 
 #include "movparser/src/atom_io.h"
+#include "movparser/src/large_block.h"
 
 #include <initializer_list>
 #include <iterator>
@@ -148,6 +149,7 @@ public:
         const uint8_t *bytes = buffer.ReadInPlace(count * Width());
         if (!bytes || !Reserve(count))
             return MovAtom::ERROR_ATOM_READ_FAILED;
+        PrepareLargeBlock(m_bytes.get(), count * Width());
         std::memcpy(m_bytes.get(), bytes, count * Width());
         m_size = count;
         return MovAtom::ERROR_OKAY;

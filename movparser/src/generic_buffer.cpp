@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movparser/src/generic_buffer.h"
 
+#include "movparser/src/large_block.h"
+
 #include <algorithm>
 #include <cassert>
 #include <cstdlib>
@@ -11,12 +13,14 @@ namespace {
 
 void *SystemAlloc(unsigned long size, unsigned long alignment)
 {
-    if (alignment <= 1)
-        return std::malloc(size);
-    // posix_memalign wants a multiple of the size of a pointer.
     void *block = nullptr;
-    if (posix_memalign(&block, std::max<unsigned long>(alignment, sizeof(void *)), size) != 0)
+    if (alignment <= 1)
+        block = std::malloc(size);
+    // posix_memalign wants a multiple of the size of a pointer.
+    else if (posix_memalign(&block, std::max<unsigned long>(alignment, sizeof(void *)), size) != 0)
         return nullptr;
+    if (block)
+        PrepareLargeBlock(block, size);
     return block;
 }
 

@@ -10,13 +10,19 @@ namespace Tavro::MovParserLib {
 
 namespace {
 
-uint32_t SecondsSince1904()
+std::time_t LocalStartOf1904()
 {
     std::tm epoch = {};
     epoch.tm_year = 4;
     epoch.tm_mday = 1;
-    return static_cast<uint32_t>(
-        static_cast<int64_t>(std::difftime(std::time(nullptr), std::mktime(&epoch))));
+    return std::mktime(&epoch);
+}
+
+uint32_t SecondsSince1904()
+{
+    // Once: mktime looks at the time zone's file each time, and every movie and track asks.
+    static const std::time_t kEpoch = LocalStartOf1904();
+    return static_cast<uint32_t>(static_cast<int64_t>(std::difftime(std::time(nullptr), kEpoch)));
 }
 
 } // namespace
