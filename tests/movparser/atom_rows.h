@@ -20,7 +20,8 @@ struct AtomRow
         FillsAtom = 2, ///< Whatever is left of the atom is data: no trailing bytes to skip.
         StopsBehindFields = 4, ///< The cursor is behind the last field and not at the atom's end.
         SearchesChildren = 8, ///< A child that is cut off may count as absent.
-        AnyType = 16 ///< Takes every fourcc.
+        AnyType = 16, ///< Takes every fourcc.
+        UnreadTail = 32 ///< Writes bytes at its end that it does not read.
     };
 
     using Atom = Tavro::MovParserLib::MovAtom;
@@ -73,3 +74,5 @@ void addRow(AtomRows *rows, const char *name, Fill fill, const Box &expected,
 // One function for each family of atoms.
 void addStructureRows(AtomRows *rows);
 void addSampleTableRows(AtomRows *rows);
+void addDescriptionRows(AtomRows *rows);
+void addMetadataRows(AtomRows *rows);
