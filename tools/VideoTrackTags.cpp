@@ -43,8 +43,8 @@ template <class Predicate> void removeChildren(RawAtom *from, Predicate predicat
     children.erase(std::remove_if(children.begin(), children.end(), predicate), children.end());
 }
 
-/// The library leaves the cursor behind the last field of these, wherever the atom ends: what stands
-/// behind an odd one is misread.
+/// The library leaves the cursor behind the last field of these, wherever the atom ends: what
+/// stands behind an odd one is misread.
 bool misleadsReaders(const RawAtom &atom)
 {
     return atom.type == PixelAspectAtom::kType || atom.type == ColorAtom::kType

@@ -155,5 +155,7 @@ int main(int argc, char **argv)
     action.sa_handler = onSignal;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         sigaction(signal, &action, nullptr);
+    // A file that may not grow any more is an error like a full disk.
+    signal(SIGXFSZ, SIG_IGN);
     return tag(QFile::decodeName(argv[optind]), QFile::decodeName(argv[optind + 1]), tags);
 }
