@@ -3,10 +3,9 @@
 
 // A counted table of an atom, kept as its bytes stand in the file. Long movies have tables of tens
 // of megabytes of which a player asks for a handful of entries: an entry is decoded when it is
-// asked for, and reading a table is one copy.
+// asked for, and reading a table is one copy, or none when its bytes can be kept where they are.
 
 #include "movparser/src/atom_io.h"
-#include "movparser/src/large_block.h"
 
 #include <initializer_list>
 #include <iterator>
@@ -74,7 +73,7 @@ public:
         if (other.m_size == 0 || !Reserve(other.m_size))
             return;
         m_size = other.m_size;
-        std::memcpy(m_bytes.get(), other.m_bytes.get(), SizeInFile());
+        std::memcpy(m_bytes.get(), other.Bytes(), SizeInFile());
     }
 
     AtomTable(AtomTable &&other) noexcept { Swap(other); }
@@ -99,7 +98,7 @@ public:
 
     T operator[](size_t index) const
     {
-        const uint8_t *bytes = m_bytes.get() + index * Width();
+        const uint8_t *bytes = Bytes() + index * Width();
         T entry = {};
         if constexpr (std::is_integral_v<T>)
             DecodeField(bytes, entry);
@@ -108,8 +107,11 @@ public:
         return entry;
     }
 
+    /// Without memory for a copy of shared bytes the table stays as it is.
     void Set(size_t index, const T &entry)
     {
+        if (!Reserve(m_size))
+            return;
         uint8_t *bytes = m_bytes.get() + index * Width();
         if constexpr (std::is_integral_v<T>)
             EncodeField(bytes, entry);
@@ -121,7 +123,7 @@ public:
     /// Appends; without memory the table stays as it is.
     void push_back(const T &entry)
     {
-        if (m_size == m_capacity && !Reserve(m_capacity < 8 ? 16 : m_capacity * 2))
+        if ((m_owner || m_size == m_capacity) && !Reserve(m_size < 8 ? 16 : m_size * 2))
             return;
         Set(m_size++, entry);
     }
@@ -133,7 +135,11 @@ public:
             push_back(entry);
     }
 
-    void clear() { m_size = 0; }
+    void clear()
+    {
+        m_size = 0;
+        m_owner.reset();
+    }
 
     /// The bytes of all entries in the file.
     uint64_t SizeInFile() const { return m_size * Width(); }
@@ -147,17 +153,23 @@ public:
         if (count > buffer.BytesLeft() / Width())
             return MovAtom::ERROR_ATOM_READ_FAILED;
         const uint8_t *bytes = buffer.ReadInPlace(count * Width());
-        if (!bytes || !Reserve(count))
+        if (!bytes)
             return MovAtom::ERROR_ATOM_READ_FAILED;
-        PrepareLargeBlock(m_bytes.get(), count * Width());
-        std::memcpy(m_bytes.get(), bytes, count * Width());
+        m_owner = buffer.GetOwner();
+        if (m_owner) {
+            m_shared = bytes;
+        } else {
+            if (!Reserve(count))
+                return MovAtom::ERROR_ATOM_READ_FAILED;
+            std::memcpy(m_bytes.get(), bytes, count * Width());
+        }
         m_size = count;
         return MovAtom::ERROR_OKAY;
     }
 
     [[nodiscard]] MovAtom::Error Write(FileBuffer &buffer) const
     {
-        return WriteBytes(buffer, m_bytes.get(), SizeInFile());
+        return WriteBytes(buffer, Bytes(), SizeInFile());
     }
 
 private:
@@ -174,30 +186,38 @@ private:
         return (size_t(0) + ... + sizeof(Field));
     }
 
+    const uint8_t *Bytes() const { return m_owner ? m_shared : m_bytes.get(); }
+
     void Swap(AtomTable &other) noexcept
     {
         std::swap(m_bytes, other.m_bytes);
         std::swap(m_size, other.m_size);
         std::swap(m_capacity, other.m_capacity);
+        std::swap(m_owner, other.m_owner);
+        std::swap(m_shared, other.m_shared);
     }
 
+    // Makes the bytes this table's own, with room for as many entries.
     bool Reserve(size_t capacity)
     {
-        if (capacity <= m_capacity)
+        if (!m_owner && capacity <= m_capacity)
             return true;
         std::unique_ptr<uint8_t[]> bytes(new (std::nothrow) uint8_t[capacity * Width()]);
         if (!bytes)
             return false;
         if (m_size != 0)
-            std::memcpy(bytes.get(), m_bytes.get(), SizeInFile());
+            std::memcpy(bytes.get(), Bytes(), SizeInFile());
         m_bytes = std::move(bytes);
         m_capacity = capacity;
+        m_owner.reset();
         return true;
     }
 
     std::unique_ptr<uint8_t[]> m_bytes;
     size_t m_size = 0;
-    size_t m_capacity = 0;
+    size_t m_capacity = 0; ///< Of m_bytes.
+    std::shared_ptr<const void> m_owner; ///< Of m_shared; null when the bytes are m_bytes.
+    const uint8_t *m_shared = nullptr;
 };
 
 } // namespace Tavro::MovParserLib

@@ -8,6 +8,7 @@
 #include "movparser/src/generic_buffer.h"
 
 #include <cstring>
+#include <memory>
 
 namespace Tavro::MovParserLib {
 
@@ -82,6 +83,12 @@ public:
     /// bound such a tree fails as malformed instead of taking time and memory without end.
     void SetReadBudget(uint64_t bytes) { read_budget = bytes; }
 
+    /// Tells what keeps the block alive, for those who would rather refer to large parts of it than
+    /// copy them. Whoever does so holds the owner. Without one, or once it is gone, null.
+    void SetOwner(std::weak_ptr<const void> block_owner) { owner = std::move(block_owner); }
+
+    std::shared_ptr<const void> GetOwner() const { return owner.lock(); }
+
     // A getter with a null pointer does nothing.
     Error GetOffset(uint64_t *value) const { return Get(offset, value); }
 
@@ -141,6 +148,7 @@ private:
     }
 
     uint64_t read_budget = UINT64_MAX;
+    std::weak_ptr<const void> owner;
 };
 
 } // namespace Tavro::MovParserLib

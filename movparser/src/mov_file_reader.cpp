@@ -53,12 +53,14 @@ uint32_t MovFileReader::Open(const QString &path)
     uint64_t size = 0;
     if (LocateMovieAtom(&position, &size) != 0)
         return ERROR_MISSING_MOVIE_HEADER;
-    FileBuffer buffer;
+    // The sample tables stay where they were read to, so the block lives as long as they do.
+    const auto buffer = std::make_shared<FileBuffer>();
+    buffer->SetOwner(buffer);
     const FileReader::Error read =
-        reader.Read(buffer, static_cast<int64_t>(position), static_cast<int64_t>(size));
+        reader.Read(*buffer, static_cast<int64_t>(position), static_cast<int64_t>(size));
     if (read != FileReader::ERROR_OKAY)
         return ReportError(kFileReaderDomain, read);
-    const MovAtom::Error parsed = movie.Read(buffer);
+    const MovAtom::Error parsed = movie.Read(*buffer);
     if (parsed != MovAtom::ERROR_OKAY)
         return ReportError(kAtomDomain, parsed);
     moov_position = position;

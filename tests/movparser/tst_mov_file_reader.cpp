@@ -26,6 +26,7 @@ private Q_SLOTS:
     void questionsWithoutAnAnswerPlace();
     void anotherFileReplacesTheFirst();
     void samplesAreFoundAndRead();
+    void tablesOutliveTheirReader();
     void aWalkIsTheSameInEveryOrder();
     void aTrackThatWasAddedIsReadBack();
 
@@ -372,6 +373,28 @@ void tst_MovFileReader::samplesAreFoundAndRead()
     timeless.tables.removeAt(3);
     QCOMPARE(reader.Open(store(movieFile(movie({timeless})))), 0u);
     QCOMPARE(reader.GetSampleIndexForTime(0, &index), 0x40003u);
+}
+
+// Tables refer to the bytes that the reader loaded until somebody changes them.
+void tst_MovFileReader::tablesOutliveTheirReader()
+{
+    auto reader = std::make_unique<MovFileReader>();
+    QCOMPARE(reader->Open(store(movieFile(movie({fiveSamples()})))), 0u);
+    const MovieAtom copy = reader->Movie();
+    const MovieAtom moved = std::move(reader->Movie());
+    reader.reset();
+    for (const MovieAtom *left : {&copy, &moved}) {
+        SampleTableAtom *table = left->tracks.front().Information().GetSampleTable();
+        QCOMPARE(table->sampleSizes.AddSample(6), MovAtom::ERROR_OKAY);
+        table->chunkOffsets.offsets.Set(0, 7);
+        QCOMPARE(table->chunkOffsets.offsets[0], uint64_t(7));
+        QCOMPARE(table->chunkOffsets.offsets[2], uint64_t(3000));
+        uint32_t bytes = 0;
+        QCOMPARE(table->sampleSizes.GetSampleSize(4, &bytes, nullptr), MovAtom::ERROR_OKAY);
+        QCOMPARE(bytes, 5u);
+        QCOMPARE(table->sampleSizes.GetSampleSize(5, &bytes, nullptr), MovAtom::ERROR_OKAY);
+        QCOMPARE(bytes, 6u);
+    }
 }
 
 // The look-ups keep cursors: going back, jumping and walking must not differ.
