@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "movparser/src/atom_ctts.h"
+
+#include "movparser/src/atom_io.h"
+#include "movparser/src/atom_printer.h"
+
+namespace Tavro::MovParserLib {
+
+MovAtom::Error CompositionOffsetsAtom::Read(FileBuffer &buffer)
+{
+    const ReadScope scope(buffer);
+    uint32_t count = 0;
+    m_cursor = {};
+    MOV_READ(scope, MovFullAtom::Read(buffer, kType));
+    MOV_READ(scope, ReadNumber(buffer, &count));
+    MOV_READ(scope, entries.Read(buffer, count));
+    return scope.Finish(size);
+}
+
+MovAtom::Error CompositionOffsetsAtom::Write(FileBuffer &buffer)
+{
+    MOV_WRITE(MovFullAtom::Write(buffer));
+    MOV_WRITE(WriteNumber(buffer, static_cast<uint32_t>(entries.size())));
+    return entries.Write(buffer);
+}
+
+void CompositionOffsetsAtom::PrintToString(std::string *out, uint32_t depth) const
+{
+    const PrintBlock block(out, depth, "CompositionOffsetsAtom");
+    MovFullAtom::PrintToString(out, block.Depth());
+    PrintLine(out, block.Depth(), "NumberOfEntries: %d", static_cast<int>(entries.size()));
+    PrintLine(out, block.Depth(), "CompositionOffsetsTable: (Sample Count, Sample Delta)");
+    PrintTable(out, block.Depth(), "", entries, [out](const auto &entry) {
+        PrintText(out, "%d,%d  ", entry.sampleCount, entry.sampleDelta);
+    });
+}
+
+uint64_t CompositionOffsetsAtom::GetSize() const
+{
+    return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
+}
+
+void CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
+{
+    m_cursor = {};
+    if (!entries.empty() && entries.back().sampleDelta == delta)
+        entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta});
+    else
+        entries.push_back({count, delta});
+}
+
+MovAtom::Error CompositionOffsetsAtom::GetSampleDelta(uint32_t index, int32_t *delta) const
+{
+    if (!delta || entries.empty())
+        return ERROR_INVALID_ARG;
+    if (index < m_cursor.samples)
+        m_cursor = {};
+    while (m_cursor.entry < entries.size()) {
+        const CompositionOffsetsTableEntry entry = entries[m_cursor.entry];
+        if (index - m_cursor.samples < entry.sampleCount) {
+            *delta = entry.sampleDelta;
+            return ERROR_OKAY;
+        }
+        m_cursor.Pass(entry.sampleCount, 0);
+    }
+    return ERROR_INVALID_RET_VAL;
+}
+
+} // namespace Tavro::MovParserLib

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// `stss`: the samples that decoding can begin with.
+
+#include "movparser/src/atom_table.h"
+#include "movparser/src/mov_full_atom.h"
+
+namespace Tavro::MovParserLib {
+
+class SyncSampleAtom : public MovFullAtom
+{
+public:
+    static constexpr uint32_t kType = FourCC("stss");
+
+    SyncSampleAtom()
+        : MovFullAtom(kType)
+    { }
+
+    using MovFullAtom::Read;
+    using MovFullAtom::operator=;
+    [[nodiscard]] Error Read(FileBuffer &buffer) override;
+    [[nodiscard]] Error Write(FileBuffer &buffer) override;
+    void PrintToString(std::string *out, uint32_t depth) const override;
+    uint64_t GetSize() const override;
+
+    void AddSample(uint32_t number);
+
+    /// Sample numbers count from 1.
+    bool Contains(uint32_t number) const;
+
+    AtomTable<uint32_t> sampleNumbers; ///< In ascending order.
+};
+
+} // namespace Tavro::MovParserLib

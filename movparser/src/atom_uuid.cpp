@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "movparser/src/atom_uuid.h"
+
+#include "movparser/src/atom_io.h"
+#include "movparser/src/atom_printer.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace Tavro::MovParserLib {
+
+namespace {
+
+constexpr std::array<uint8_t, 16> kIdentifier = {0xff, 0xcc, 0x82, 0x63, 0xf8, 0x55, 0x4a, 0x93,
+                                                 0x88, 0x14, 0x58, 0x7a, 0x02, 0x52, 0x1f, 0xdd};
+
+constexpr char kDocumentBegin[] =
+    "<?xml version=\"1.0\"?>"
+    "<rdf:SphericalVideo xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\""
+    " xmlns:GSpherical=\"http://ns.google.com/videos/1.0/spherical/\">";
+constexpr char kDocumentEnd[] = "</rdf:SphericalVideo>";
+constexpr char kMono[] = "mono";
+
+std::string OpeningTag(const char *name)
+{
+    return std::string("<GSpherical:") + name + ">";
+}
+
+std::string ClosingTag(const char *name)
+{
+    return std::string("</GSpherical:") + name + ">";
+}
+
+std::string Element(const char *name, const std::string &value)
+{
+    return OpeningTag(name) + value + ClosingTag(name);
+}
+
+/// The text between the last opening and the last closing tag, if there is one. A tag at the very
+/// beginning of the document does not count.
+bool FindElement(const std::string &document, const char *name, std::string *value)
+{
+    const std::string opening = OpeningTag(name);
+    const size_t begin = document.rfind(opening);
+    const size_t end = document.rfind(ClosingTag(name));
+    if (begin == std::string::npos || begin < 1 || end == std::string::npos
+        || end < begin + opening.size())
+        return false;
+    *value = document.substr(begin + opening.size(), end - begin - opening.size());
+    return true;
+}
+
+int32_t WholeDegrees(float degrees)
+{
+    return std::abs(degrees) < 2147483648.0f ? static_cast<int32_t>(degrees) : 0;
+}
+
+} // namespace
+
+MovAtom::Error sphericalVideoLegacyAtom::Read(FileBuffer &buffer)
+{
+    const ReadScope scope(buffer);
+    std::array<uint8_t, 16> identifier;
+    std::vector<uint8_t> bytes;
+    *this = sphericalVideoLegacyAtom();
+    MOV_READ(scope, MovAtom::Read(buffer, kType));
+    MOV_READ(scope, ReadFields(buffer, std::tie(identifier)));
+    // Preamble and identifier are taken to be 24 bytes, also behind a preamble of 16: such an atom
+    // reads on into what follows it.
+    constexpr uint64_t kHead = 24;
+    if (size < kHead)
+        return scope.Fail();
+    MOV_READ(scope, ReadBytes(buffer, size - kHead, &bytes));
+    const std::string document(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0));
+    std::string value;
+    if (FindElement(document, "StitchingSoftware", &value)) {
+        // Each byte is taken as a character of Latin-1, whatever the document's encoding.
+        StitchingSoftware = QString::fromLatin1(value.c_str()).toStdString();
+    }
+    if (FindElement(document, "StereoMode", &value))
+        StereoMode = value;
+    if (FindElement(document, "SourceCount", &value))
+        SourceCount = QString::fromLatin1(value.c_str()).toUInt(); // 0 if it is no number
+    return scope.Finish(size);
+}
+
+MovAtom::Error sphericalVideoLegacyAtom::Write(FileBuffer &buffer)
+{
+    const std::string document = Document();
+    MOV_WRITE(MovAtom::Write(buffer));
+    MOV_WRITE(WriteFields(buffer, std::tie(kIdentifier)));
+    return WriteBytes(buffer, document.data(), document.size());
+}
+
+void sphericalVideoLegacyAtom::PrintToString(std::string *out, uint32_t depth) const
+{
+    const PrintBlock block(out, depth, "sphericalVideoLegacyAtom");
+    MovAtom::PrintToString(out, block.Depth());
+    PrintLine(out, block.Depth(), "StitchingSoftware: '%s'", StitchingSoftware.c_str());
+    PrintLine(out, block.Depth(), "StereoMode: '%s'", StereoMode.c_str());
+    PrintLine(out, block.Depth(), "SourceCount: %u", SourceCount);
+    PrintLine(out, block.Depth(), "pose_yaw_degrees: %i", pose_yaw_degrees);
+    PrintLine(out, block.Depth(), "pose_pitch_degrees: %i", pose_pitch_degrees);
+    PrintLine(out, block.Depth(), "pose_roll_degrees: %i", pose_roll_degrees);
+}
+
+uint64_t sphericalVideoLegacyAtom::GetSize() const
+{
+    return MovAtom::GetSize() + kIdentifier.size() + Document().size();
+}
+
+uint32_t sphericalVideoLegacyAtom::GetStereoMode() const
+{
+    return StereoMode == "left-right" ? 1 : StereoMode == "top-bottom" ? 2 : 0;
+}
+
+void sphericalVideoLegacyAtom::SetStereoMode(uint32_t mode)
+{
+    StereoMode = mode == 1 ? "left-right" : mode == 2 ? "top-bottom" : kMono;
+}
+
+void sphericalVideoLegacyAtom::GetPose(float *yaw, float *pitch, float *roll) const
+{
+    if (yaw)
+        *yaw = static_cast<float>(pose_yaw_degrees);
+    if (pitch)
+        *pitch = static_cast<float>(pose_pitch_degrees);
+    if (roll)
+        *roll = static_cast<float>(pose_roll_degrees);
+}
+
+void sphericalVideoLegacyAtom::SetPose(float yaw, float pitch, float roll)
+{
+    pose_yaw_degrees = WholeDegrees(yaw);
+    pose_pitch_degrees = WholeDegrees(pitch);
+    pose_roll_degrees = WholeDegrees(roll);
+}
+
+std::string sphericalVideoLegacyAtom::Document() const
+{
+    std::string document = kDocumentBegin;
+    document += Element("Spherical", "true");
+    document += Element("Stitched", "true");
+    document += Element("StitchingSoftware", StitchingSoftware);
+    document += Element("ProjectionType", "equirectangular");
+    if (SourceCount != 0)
+        document += Element("SourceCount", std::to_string(SourceCount));
+    if (StereoMode != kMono)
+        document += Element("StereoMode", StereoMode);
+    if (pose_yaw_degrees != 0 || pose_pitch_degrees != 0 || pose_roll_degrees != 0) {
+        document += Element("InitialViewHeadingDegrees", std::to_string(pose_yaw_degrees));
+        document += Element("InitialViewPitchDegrees", std::to_string(pose_pitch_degrees));
+        document += Element("InitialViewRollDegrees", std::to_string(pose_roll_degrees));
+    }
+    return document + kDocumentEnd;
+}
+
+} // namespace Tavro::MovParserLib

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// `vmhd`: how video is laid over what is below it.
+
+#include "movparser/src/mov_full_atom.h"
+
+#include <array>
+#include <tuple>
+
+namespace Tavro::MovParserLib {
+
+class VideoMediaInformationHeaderAtom : public MovFullAtom
+{
+public:
+    static constexpr uint32_t kType = FourCC("vmhd");
+
+    VideoMediaInformationHeaderAtom()
+        : MovFullAtom(kType)
+    { }
+
+    using MovFullAtom::Read;
+    using MovFullAtom::operator=;
+    [[nodiscard]] Error Read(FileBuffer &buffer) override;
+    [[nodiscard]] Error Write(FileBuffer &buffer) override;
+    void PrintToString(std::string *out, uint32_t depth) const override;
+    uint64_t GetSize() const override;
+
+    uint16_t graphicsMode = 0;
+    std::array<uint16_t, 3> opColor = {}; ///< Red, green, blue.
+
+    template <class Self> static auto Fields(Self &self)
+    {
+        return std::tie(self.graphicsMode, self.opColor);
+    }
+};
+
+} // namespace Tavro::MovParserLib

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "movparser/src/mov_file_reader.h"
+
+#include "movparser/src/atom_io.h"
+#include "movparser/src/report_error.h"
+
+#include <QtCore/QString>
+
+#include <cmath>
+
+namespace Tavro::MovParserLib {
+
+namespace {
+
+constexpr uint32_t kVideo = FourCC("vide");
+
+// What a getter of the tree returned, at the boundary of the library.
+uint32_t Report(MovAtom::Error error)
+{
+    return error == MovAtom::ERROR_OKAY ? 0 : ReportError(kAtomDomain, error);
+}
+
+uint32_t InvalidArgument()
+{
+    return ReportError(kParserDomain, MovParser::ERROR_INVALID_ARG);
+}
+
+uint32_t NoVideoTrack()
+{
+    return ReportError(kAtomDomain, MovAtom::ERROR_INVALID_RET_VAL);
+}
+
+} // namespace
+
+MovFileReader::~MovFileReader()
+{
+    reader.Close();
+}
+
+uint32_t MovFileReader::Open(const char *path)
+{
+    return Open(QString::fromUtf8(path));
+}
+
+uint32_t MovFileReader::Open(const QString &path)
+{
+    movie = MovieAtom();
+    moov_position = 0;
+    const FileReader::Error opened = reader.Open(path);
+    if (opened != FileReader::ERROR_OKAY)
+        return ReportError(kFileReaderDomain, opened);
+    uint64_t position = 0;
+    uint64_t size = 0;
+    if (LocateMovieAtom(&position, &size) != 0)
+        return ERROR_MISSING_MOVIE_HEADER;
+    // The sample tables stay where they were read to, so the block lives as long as they do.
+    const auto buffer = std::make_shared<FileBuffer>();
+    buffer->SetOwner(buffer);
+    const FileReader::Error read =
+        reader.Read(*buffer, static_cast<int64_t>(position), static_cast<int64_t>(size));
+    if (read != FileReader::ERROR_OKAY)
+        return ReportError(kFileReaderDomain, read);
+    const MovAtom::Error parsed = movie.Read(*buffer);
+    if (parsed != MovAtom::ERROR_OKAY)
+        return ReportError(kAtomDomain, parsed);
+    moov_position = position;
+    return 0;
+}
+
+uint32_t MovFileReader::ReadAtomHeaderAt(uint64_t position, AtomHeader *header)
+{
+    FileBuffer buffer;
+    const FileReader::Error error = reader.Read(buffer, static_cast<int64_t>(position), 16);
+    if (error != FileReader::ERROR_OKAY)
+        return error;
+    uint32_t size32 = 0;
+    uint64_t size64 = 0;
+    if (ReadFields(buffer, std::tie(size32, header->type, size64)) != MovAtom::ERROR_OKAY)
+        return FileReader::ERROR_READ_FAILED;
+    header->size = size32 == 1 ? size64 : size32;
+    // No file ends behind what a signed position can say; a larger size must not wrap.
+    if (header->size > static_cast<uint64_t>(INT64_MAX) - position)
+        return FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF;
+    header->end = position + header->size;
+    return FileReader::ERROR_OKAY;
+}
+
+uint32_t MovFileReader::Locate(uint32_t type, uint64_t *position, uint64_t *size)
+{
+    for (uint64_t next = 0;;) {
+        AtomHeader header;
+        const uint32_t error = ReadAtomHeaderAt(next, &header);
+        if (error != FileReader::ERROR_OKAY)
+            return ReportError(kParserDomain, error);
+        if (header.end == next)
+            return ReportError(kParserDomain, ERROR_MISSING_MOVIE_HEADER);
+        // The only test of the file's kind.
+        if (next == 0 && header.type != FourCC("ftyp") && header.type != FourCC("moov")
+            && header.type != FourCC("free") && header.type != FourCC("wide")
+            && header.type != FourCC("mdat"))
+            return ReportError(kParserDomain, ERROR_FILE_NOT_COMPATIBLE);
+        if (header.type == type) {
+            *position = next;
+            *size = header.size;
+            return 0;
+        }
+        next = header.end;
+    }
+}
+
+uint32_t MovFileReader::LocateMovieAtom(uint64_t *position, uint64_t *size)
+{
+    return Locate(MovieAtom::kType, position, size);
+}
+
+uint32_t MovFileReader::LocateMediaData(uint64_t *position, uint64_t *size)
+{
+    return position && size ? Locate(FourCC("mdat"), position, size) : InvalidArgument();
+}
+
+bool MovFileReader::HasVideo() const
+{
+    return GetTrackCount(kVideo) > 0;
+}
+
+uint32_t MovFileReader::GetFrameSize(uint32_t *width, uint32_t *height) const
+{
+    if (!width || !height)
+        return InvalidArgument();
+    const TrackAtom *track = movie.FindTrack(kVideo);
+    return track ? Report(track->Information().GetFrameSize(width, height)) : NoVideoTrack();
+}
+
+uint32_t MovFileReader::GetFrameRate(double *rate) const
+{
+    if (!rate)
+        return InvalidArgument();
+    uint64_t frameDuration = 0;
+    uint64_t timeScale = 0;
+    const uint32_t error = GetFrameDuration(&frameDuration, &timeScale);
+    if (error != 0)
+        return error;
+    if (frameDuration == 0 || timeScale == 0)
+        return kFileReaderDomain;
+    const double exact = static_cast<double>(timeScale) / static_cast<double>(frameDuration);
+    *rate = std::round(exact * 1000) / 1000;
+    return 0;
+}
+
+uint32_t MovFileReader::GetInitialPose(float *yaw, float *pitch, float *roll) const
+{
+    if (!yaw || !pitch || !roll)
+        return InvalidArgument();
+    const TrackAtom *track = movie.FindTrack(kVideo);
+    return Report(track ? track->GetInitialPose(yaw, pitch, roll) : MovAtom::ERROR_MALFORMED_ATOM);
+}
+
+uint32_t MovFileReader::GetProjection(uint32_t *projection) const
+{
+    if (!projection)
+        return InvalidArgument();
+    const TrackAtom *track = movie.FindTrack(kVideo);
+    return Report(track ? track->GetProjection(projection) : MovAtom::ERROR_MALFORMED_ATOM);
+}
+
+uint32_t MovFileReader::GetStereoMode(uint32_t *mode) const
+{
+    if (!mode)
+        return InvalidArgument();
+    const TrackAtom *track = movie.FindTrack(kVideo);
+    return track ? Report(track->GetStereoMode(mode)) : NoVideoTrack();
+}
+
+uint32_t MovFileReader::GetWritingTool(std::string *tool) const
+{
+    if (!tool)
+        return InvalidArgument();
+    tool->clear();
+    uint32_t sourceCount = 0;
+    const TrackAtom *track = movie.FindTrack(kVideo);
+    return track ? Report(track->GetWritingTool(tool, &sourceCount)) : NoVideoTrack();
+}
+
+} // namespace Tavro::MovParserLib

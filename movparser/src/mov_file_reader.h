@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Opens a movie file, reads its `moov` without touching the media data, and answers questions
+// about it. The one class that an application needs.
+
+#include "movparser/src/mov_file.h"
+#include "movparser/src/sample_buffer.h"
+#include "movparser/src/sync_file_reader_qt.h"
+
+#include <string>
+
+namespace Tavro::MovParserLib {
+
+/// Which of a movie's tracks: the n-th with a handler, from 0 in file order.
+struct TrackRef
+{
+    uint32_t handlerType = FourCC("vide");
+    uint32_t n = 0;
+};
+
+/// Every operation that returns a number returns 0 on success and domain | code otherwise; the
+/// failure is also a line on standard error. A null output pointer returns 5. Outputs of a failed
+/// operation are not to be used. A reader belongs to one thread.
+class MovFileReader : public MovFile
+{
+public:
+    MovFileReader() = default;
+    virtual ~MovFileReader();
+    MovFileReader(const MovFileReader &) = delete;
+    MovFileReader &operator=(const MovFileReader &) = delete;
+
+    /// Opens and parses. Forgets an earlier file. The file stays open for reading samples.
+    [[nodiscard]] uint32_t Open(const QString &path);
+    /// The same with a name in UTF-8.
+    [[nodiscard]] uint32_t Open(const char *path);
+
+    [[nodiscard]] uint32_t Open(const std::string &path) { return Open(path.c_str()); }
+
+    /// True when a video track has samples.
+    bool HasVideo() const;
+
+    /// The size in pixels by the first description of the first video track.
+    [[nodiscard]] uint32_t GetFrameSize(uint32_t *width, uint32_t *height) const;
+
+    /// Frames a second to three decimals. 0x10000 when the track does not say.
+    [[nodiscard]] uint32_t GetFrameRate(double *rate) const;
+
+    /// Whether a camera of the maker recorded the file.
+    [[nodiscard]] uint32_t IsTavroFile(bool *result) const;
+
+    /// In whole degrees.
+    [[nodiscard]] uint32_t GetInitialPose(float *yaw, float *pitch, float *roll) const;
+
+    /// 0 unknown, 1 equirectangular, 256 cube map.
+    [[nodiscard]] uint32_t GetProjection(uint32_t *projection) const;
+
+    /// 0 none, 1 left-right, 2 top-bottom.
+    [[nodiscard]] uint32_t GetStereoMode(uint32_t *mode) const;
+
+    [[nodiscard]] uint32_t GetWritingTool(std::string *tool) const;
+
+    /// Tracks of a kind that have samples.
+    uint32_t GetTrackCount(uint32_t handlerType) const;
+    bool HasTimeCode() const; ///< The video track refers to a timecode track.
+    bool HasText() const;
+    bool HasMetadata() const; ///< A telemetry track of the maker.
+
+    // Per track.
+    [[nodiscard]] uint32_t GetTimeScale(uint32_t *timeScale, TrackRef track = {}) const;
+    [[nodiscard]] uint32_t GetMovieTimeScale(uint32_t *timeScale) const;
+    /// In units of the media.
+    [[nodiscard]] uint32_t GetTrackDuration(uint32_t *duration, TrackRef track = {}) const;
+    /// In seconds; 0 without a time scale.
+    [[nodiscard]] uint32_t GetTrackSeconds(double *seconds, TrackRef track = {}) const;
+    [[nodiscard]] uint32_t GetSampleCount(uint32_t *count, TrackRef track = {}) const;
+    /// The shortest and longest duration of a sample, in units of the media.
+    [[nodiscard]] uint32_t GetDurationRange(uint32_t *shortest, uint32_t *longest,
+                                            TrackRef track = {}) const;
+    /// Units a frame, and units a second by which it counts.
+    [[nodiscard]] uint32_t GetFrameDuration(uint64_t *frameDuration, uint64_t *timeScale) const;
+
+    // Per sample. Indices count from 0 in decoding order, times are microseconds.
+    [[nodiscard]] uint32_t GetSampleInfo(uint32_t index, SampleInfo *info,
+                                         TrackRef track = {}) const;
+    [[nodiscard]] uint32_t GetSampleIndexForTime(uint64_t time, uint32_t *index,
+                                                 TrackRef track = {}) const;
+    [[nodiscard]] uint32_t ReadSample(uint32_t index, SampleBuffer *sample, TrackRef track = {});
+    /// Into a caller's memory; `size` becomes the bytes written.
+    [[nodiscard]] uint32_t ReadSample(uint32_t index, void *memory, uint64_t capacity,
+                                      uint64_t *size, TrackRef track = {});
+
+    /// The frame number in the first sample of the timecode track.
+    [[nodiscard]] uint32_t GetTimeCodeStart(uint32_t *frame);
+
+    /// Position in the file and size of the first `mdat`.
+    [[nodiscard]] uint32_t LocateMediaData(uint64_t *position, uint64_t *size);
+
+    /// Where the `moov` lies in the file; 0 until a file has been parsed.
+    uint64_t GetMoviePosition() const { return moov_position; }
+
+    /// Debugging: writes the movie to memory, reads it back and prints what came of it.
+    [[nodiscard]] uint32_t PrintRewritten();
+
+private:
+    struct AtomHeader
+    {
+        uint64_t size = 0;
+        uint32_t type = 0;
+        uint64_t end = 0; ///< Position behind the atom.
+    };
+
+    [[nodiscard]] uint32_t ReadAtomHeaderAt(uint64_t position, AtomHeader *header);
+    [[nodiscard]] uint32_t Locate(uint32_t type, uint64_t *position, uint64_t *size);
+    [[nodiscard]] uint32_t LocateMovieAtom(uint64_t *position, uint64_t *size);
+    const TrackAtom *Find(TrackRef track) const;
+    const TrackAtom *FindTimeCodeTrack() const;
+    [[nodiscard]] uint32_t GetInfo(const TrackAtom *track, uint32_t index, SampleInfo *info) const;
+
+    SyncFileReaderQt reader;
+    uint64_t moov_position = 0;
+};
+
+} // namespace Tavro::MovParserLib

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+// Movies with every kind of track and atom, made by the library's own classes.
+
+#include "movparser/src/atom_moov.h"
+
+#include <vector>
+
+/// One track each of video, sound, time code, text and telemetry, and the maker's user data.
+Tavro::MovParserLib::MovieAtom fullMovie();
+
+/// A single video track whose spherical metadata are of the older form only.
+Tavro::MovParserLib::MovieAtom legacyMovie();
+
+/// The bytes that a movie is written as; empty when it cannot be written.
+std::vector<uint8_t> bytesOf(Tavro::MovParserLib::MovieAtom movie);

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// One table over all atom classes: what every one of them must keep.
+#include "atom_rows.h"
+
+#include <QtTest/QtTest>
+
+using namespace Tavro::MovParserLib;
+
+class tst_Atoms : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+
+    void writesWhatItsLayoutSays_data() { rows(); }
+
+    void writesWhatItsLayoutSays();
+
+    void readsBackWhatWasWritten_data() { rows(); }
+
+    void readsBackWhatWasWritten();
+
+    void copiesDeeply_data() { rows(); }
+
+    void copiesDeeply();
+
+    void failsWhenCutAtAnyByte_data() { rows(); }
+
+    void failsWhenCutAtAnyByte();
+
+    void skipsTrailingBytes_data() { rows(); }
+
+    void skipsTrailingBytes();
+
+    void refusesAnotherType_data() { rows(); }
+
+    void refusesAnotherType();
+
+    void refusesABufferTooSmallToWrite_data() { rows(); }
+
+    void refusesABufferTooSmallToWrite();
+
+    void printsEveryLineAtItsDepth_data() { rows(); }
+
+    void printsEveryLineAtItsDepth();
+
+private:
+    void rows() const;
+    const AtomRow &row() const;
+
+    AtomRows m_rows;
+};
+
+namespace {
+
+QByteArray written(MovAtom &atom)
+{
+    ExactBuffer buffer(QByteArray(int(atom.GetSize()), '\x55'));
+    if (atom.Write(*buffer) != MovAtom::ERROR_OKAY || buffer->BytesLeft() != 0)
+        return "the size and the bytes written disagree";
+    return buffer.bytes();
+}
+
+QByteArray printed(const MovAtom &atom)
+{
+    std::string text;
+    atom.PrintToString(&text, 0);
+    return QByteArray::fromStdString(text);
+}
+
+} // namespace
+
+void tst_Atoms::initTestCase()
+{
+    addStructureRows(&m_rows);
+    addSampleTableRows(&m_rows);
+    addDescriptionRows(&m_rows);
+    addMetadataRows(&m_rows);
+}
+
+void tst_Atoms::rows() const
+{
+    QTest::addColumn<int>("index");
+    for (size_t i = 0; i < m_rows.size(); ++i)
+        QTest::newRow(m_rows[i].name) << int(i);
+}
+
+const AtomRow &tst_Atoms::row() const
+{
+    QFETCH(int, index);
+    return m_rows[size_t(index)];
+}
+
+void tst_Atoms::writesWhatItsLayoutSays()
+{
+    const auto atom = row().makeFilled();
+    QCOMPARE(atom->GetSize(), uint64_t(row().expected.size()));
+    QCOMPARE(written(*atom).toHex(' '), row().expected.toHex(' '));
+    QCOMPARE(atom->size, uint64_t(row().expected.size()));
+}
+
+void tst_Atoms::readsBackWhatWasWritten()
+{
+    const auto filled = row().makeFilled();
+    static_cast<void>(written(*filled));
+    const auto atom = row().make();
+    ExactBuffer buffer(row().expected);
+    for (int times = 0; times < 2; ++times) { // reading again replaces what was read
+        QCOMPARE(buffer->Seek(0, 0), FileBuffer::ERROR_OKAY);
+        QCOMPARE(atom->Read(*buffer), MovAtom::ERROR_OKAY);
+        if (row().has(AtomRow::PreambleOnly)) {
+            QCOMPARE(buffer->Tell(), uint64_t(8));
+            QCOMPARE(atom->size, filled->size);
+            continue;
+        }
+        QCOMPARE(buffer->BytesLeft(), uint64_t(0));
+        QCOMPARE(printed(*atom), printed(*filled));
+        QCOMPARE(written(*atom).toHex(' '), row().expected.toHex(' '));
+    }
+}
+
+void tst_Atoms::copiesDeeply()
+{
+    auto source = row().makeFilled();
+    const auto copy = row().copy(*source);
+    const auto assigned = row().make();
+    row().assign(*assigned, *source);
+    row().assign(*assigned, *assigned);
+    row().assign(*source, *row().make());
+    source.reset();
+    QCOMPARE(written(*copy).toHex(' '), row().expected.toHex(' '));
+    QCOMPARE(written(*assigned).toHex(' '), row().expected.toHex(' '));
+}
+
+void tst_Atoms::failsWhenCutAtAnyByte()
+{
+    const int whole = row().has(AtomRow::PreambleOnly) ? 8 : row().expected.size();
+    for (int length = 0; length < whole; ++length) {
+        const auto atom = row().make();
+        ExactBuffer buffer(row().expected.left(length));
+        const MovAtom::Error error = atom->Read(*buffer);
+        if (error == MovAtom::ERROR_OKAY) {
+            if ((row().traits & (AtomRow::SearchesChildren | AtomRow::UnreadTail)) == 0)
+                QFAIL(qPrintable(QStringLiteral("%1 bytes were enough").arg(length)));
+            continue;
+        }
+        QCOMPARE(error, MovAtom::ERROR_ATOM_READ_FAILED);
+        QCOMPARE(buffer->Tell(), uint64_t(0));
+    }
+}
+
+void tst_Atoms::skipsTrailingBytes()
+{
+    if (row().traits & (AtomRow::PreambleOnly | AtomRow::FillsAtom))
+        return;
+    // Zeros: to a container's loop they are the end of its list.
+    const int trailing = 9;
+    QByteArray bytes = row().expected;
+    bytes.append(trailing, '\0').append("next");
+    bytes.replace(0, 4, Box::encode(uint64_t(row().expected.size() + trailing), 4));
+    const auto atom = row().make();
+    ExactBuffer buffer(bytes);
+    QCOMPARE(atom->Read(*buffer), MovAtom::ERROR_OKAY);
+    const int left = row().has(AtomRow::StopsBehindFields) ? 4 + trailing : 4;
+    QCOMPARE(buffer->BytesLeft(), uint64_t(left));
+    QCOMPARE(written(*atom).toHex(' '), row().expected.toHex(' ')); // the bytes are lost
+}
+
+void tst_Atoms::refusesAnotherType()
+{
+    if (row().has(AtomRow::AnyType))
+        return;
+    QByteArray bytes = row().expected;
+    bytes[7] = char(bytes[7] ^ 1);
+    const auto atom = row().make();
+    ExactBuffer buffer(bytes);
+    QCOMPARE(atom->Read(*buffer), MovAtom::ERROR_ATOM_READ_FAILED);
+    QCOMPARE(buffer->Tell(), uint64_t(0));
+}
+
+void tst_Atoms::refusesABufferTooSmallToWrite()
+{
+    const auto atom = row().makeFilled();
+    const int whole = row().expected.size();
+    for (int length = 0; length < whole; ++length) {
+        ExactBuffer buffer(QByteArray(length, '\0'));
+        QCOMPARE(atom->Write(*buffer), MovAtom::ERROR_ATOM_WRITE_FAILED);
+    }
+}
+
+void tst_Atoms::printsEveryLineAtItsDepth()
+{
+    const auto atom = row().makeFilled();
+    std::string text;
+    atom->PrintToString(&text, 3);
+    const QList<QByteArray> lines = QByteArray::fromStdString(text).split('\n');
+    QVERIFY(lines.size() > 3);
+    QVERIFY(lines.first().startsWith("|\t|\t|\t***** "));
+    QVERIFY(lines.first().endsWith(" Begin"));
+    QVERIFY(lines.at(lines.size() - 2).startsWith("|\t|\t|\t***** "));
+    QVERIFY(lines.at(lines.size() - 2).endsWith(" End"));
+    QCOMPARE(lines.last(), QByteArray());
+    for (const QByteArray &line : lines.mid(1, lines.size() - 3))
+        QVERIFY2(line.startsWith("|\t|\t|\t|\t"), line.constData());
+    atom->PrintToString(nullptr, 3);
+}
+
+QTEST_APPLESS_MAIN(tst_Atoms)
+#include "tst_atoms.moc"

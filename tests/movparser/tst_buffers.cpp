@@ -1,0 +1,435 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The buffers, the files in blocks, the split of a sample, and the line that an error prints.
+#include "box.h"
+#include "movparser/src/report_error.h"
+#include "movparser/src/sample_pool_buffer.h"
+#include "movparser/src/sync_file_reader_qt.h"
+#include "movparser/src/sync_file_writer_qt.h"
+#include "stderr_capture.h"
+
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+using namespace Tavro::MovParserLib;
+
+class tst_Buffers : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aBlockIsKeptWhenItFits();
+    void blocksComeFromTheAllocator();
+    void copiesTakeTheBlockOver();
+    void anEmptyRequestIsForEmptyBuffers();
+    void seeksByTheirOwnRules_data();
+    void seeksByTheirOwnRules();
+    void readsAndWritesStopAtTheEnd();
+    void filesAreReadInWholeBlocks_data();
+    void filesAreReadInWholeBlocks();
+    void filesAreRefused();
+    void filesAreWritten();
+    void samplesAreSplit_data();
+    void samplesAreSplit();
+    void piecesGetTheirTimes();
+    void errorsPrintOneLine_data();
+    void errorsPrintOneLine();
+};
+
+namespace {
+
+class CountingAllocator : public BufferAllocator
+{
+public:
+    void *Alloc(unsigned long size) override
+    {
+        log += "alloc ";
+        return std::malloc(size);
+    }
+
+    void Free(void *ptr) override
+    {
+        log += "free ";
+        std::free(ptr);
+    }
+
+    void *AllocAligned(unsigned long size, unsigned long alignment) override
+    {
+        log += "aligned ";
+        return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+    }
+
+    void FreeAligned(void *ptr) override
+    {
+        log += "freeAligned ";
+        std::free(ptr);
+    }
+
+    QByteArray log;
+};
+
+} // namespace
+
+void tst_Buffers::aBlockIsKeptWhenItFits()
+{
+    GenericBuffer buffer;
+    QCOMPARE(buffer.Alloc(1000, 512, nullptr), GenericBuffer::ERROR_OKAY);
+    const uint8_t *block = buffer.GetBytes();
+    QCOMPARE(reinterpret_cast<uintptr_t>(block) % 512, uintptr_t(0));
+    QCOMPARE(buffer.Alloc(10, 512, nullptr), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(buffer.GetBytes(), block);
+    QCOMPARE(buffer.Alloc(10, 1024, nullptr), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(reinterpret_cast<uintptr_t>(buffer.GetBytes()) % 1024, uintptr_t(0));
+    for (const unsigned long alignment : {0ul, 1ul, 2ul, 4ul, 8ul}) {
+        GenericBuffer small;
+        QCOMPARE(small.Alloc(3, alignment, nullptr), GenericBuffer::ERROR_OKAY);
+    }
+    QCOMPARE(buffer.Alloc(~0ul - 4096, 512, nullptr), GenericBuffer::ERROR_MEM_ALLOC);
+    QVERIFY(!buffer.GetBytes());
+
+    uint8_t own[4] = {1, 2, 3, 4};
+    FileBuffer outside;
+    QCOMPARE(outside.Alloc(100), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(outside.Alloc(4, own), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(outside.GetBytes(), own); // and the sanitizer sees it if it is freed
+}
+
+void tst_Buffers::blocksComeFromTheAllocator()
+{
+    CountingAllocator allocator;
+    {
+        GenericBuffer buffer(&allocator);
+        QCOMPARE(buffer.SetAllocator(&allocator), GenericBuffer::ERROR_ALLOCATOR_EXISTS);
+        QCOMPARE(buffer.Alloc(10, 0, nullptr), GenericBuffer::ERROR_OKAY);
+        QCOMPARE(buffer.Alloc(10, 64, nullptr), GenericBuffer::ERROR_OKAY);
+    }
+    QCOMPARE(allocator.log, QByteArray("alloc free aligned freeAligned "));
+}
+
+void tst_Buffers::copiesTakeTheBlockOver()
+{
+    CountingAllocator allocator;
+    {
+        GenericBuffer source(&allocator);
+        QCOMPARE(source.Alloc(10, 0, nullptr), GenericBuffer::ERROR_OKAY);
+        GenericBuffer copy(source);
+        GenericBuffer assigned;
+        assigned = copy;
+        QCOMPARE(assigned.GetBytes(), source.GetBytes());
+        GenericBuffer target;
+        assigned.TransferTo(target);
+        QVERIFY(!assigned.GetBytes());
+        QCOMPARE(target.GetBytes(), source.GetBytes());
+    }
+    QCOMPARE(allocator.log, QByteArray("alloc free "));
+
+    FileBuffer file;
+    QCOMPARE(file.Alloc(20), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(file.Skip(5), GenericBuffer::ERROR_OKAY);
+    FileBuffer moved;
+    file.TransferTo(moved);
+    QCOMPARE(moved.Tell(), uint64_t(5));
+    QCOMPARE(moved.BytesLeft(), uint64_t(15));
+    uint8_t byte = 0;
+    QCOMPARE(file.Read(&byte, 1), GenericBuffer::ERROR_BUFFER_EMPTY);
+}
+
+void tst_Buffers::anEmptyRequestIsForEmptyBuffers()
+{
+    GenericBuffer empty;
+    QCOMPARE(empty.Alloc(0, 512, nullptr), GenericBuffer::ERROR_OKAY);
+    QVERIFY(!empty.GetBytes());
+#ifndef NDEBUG
+    int texts[2];
+    QCOMPARE(pipe(texts), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(texts[1], STDERR_FILENO);
+        std::signal(SIGABRT, SIG_DFL);
+        static_cast<void>(empty.Alloc(1, 0, nullptr));
+        static_cast<void>(empty.Alloc(0, 0, nullptr));
+        _exit(0);
+    }
+    ::close(texts[1]);
+    QByteArray text(4096, '\0');
+    text.truncate(int(std::max<ssize_t>(0, ::read(texts[0], text.data(), size_t(text.size())))));
+    ::close(texts[0]);
+    int status = 0;
+    QCOMPARE(waitpid(child, &status, 0), child);
+    QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT);
+    QVERIFY2(text.contains("buffer == __null && buffer_size == 0"), text.constData());
+#endif
+}
+
+void tst_Buffers::seeksByTheirOwnRules_data()
+{
+    QTest::addColumn<qint64>("distance");
+    QTest::addColumn<int>("whence");
+    QTest::addColumn<int>("error");
+    QTest::addColumn<quint64>("cursor");
+    using Error = FileBuffer::Error;
+    const auto row = [](const char *name, qint64 distance, int whence, Error error,
+                        quint64 cursor = 4) {
+        QTest::newRow(name) << distance << whence << int(error) << cursor;
+    };
+    const Error okay = FileBuffer::ERROR_OKAY;
+    const Error over = FileBuffer::ERROR_BUFFER_OVER_FLOW;
+    const Error under = FileBuffer::ERROR_BUFFER_UNDER_FLOW;
+    // Ten bytes, cursor at 4.
+    row("start: first byte", 0, 0, okay, 0);
+    row("start: the end", 10, 0, okay, 10);
+    row("start: behind the end", 11, 0, over);
+    row("start: before the first byte", -1, 0, under);
+    row("cursor: on", 5, 1, okay, 9);
+    row("cursor: the end is refused, although the start can name it", 6, 1, over);
+    row("cursor: back", -4, 1, okay, 0);
+    row("cursor: too far back", -5, 1, under);
+    row("cursor: as far back as can be told", INT64_MIN, 1, under);
+    row("cursor: as far on as can be told", INT64_MAX, 1, over);
+    row("end: back", -10, 2, okay, 0);
+    row("end: too far back", -11, 2, under);
+    row("end: the end itself", 0, 2, over);
+    row("an unknown way", 0, 3, FileBuffer::ERROR_INVALID_ARG);
+}
+
+void tst_Buffers::seeksByTheirOwnRules()
+{
+    QFETCH(qint64, distance);
+    QFETCH(int, whence);
+    ExactBuffer buffer(QByteArray(10, 'x'));
+    QCOMPARE(buffer->Skip(4), FileBuffer::ERROR_OKAY);
+    QTEST(int(buffer->Seek(distance, whence)), "error");
+    QTEST(quint64(buffer->Tell()), "cursor");
+    QCOMPARE(buffer->BytesLeft(), 10 - buffer->Tell());
+}
+
+void tst_Buffers::readsAndWritesStopAtTheEnd()
+{
+    ExactBuffer buffer("abcdef");
+    char bytes[8] = {};
+    QCOMPARE(buffer->Read(bytes, 4), FileBuffer::ERROR_OKAY);
+    QCOMPARE(buffer->Read(bytes, 3), FileBuffer::ERROR_BUFFER_EMPTY);
+    QCOMPARE(buffer->Read(bytes, -1), FileBuffer::ERROR_BUFFER_EMPTY);
+    QCOMPARE(buffer->Write("XYZ", 3), FileBuffer::ERROR_BUFFER_FULL);
+    QCOMPARE(buffer->Write("XY", 2), FileBuffer::ERROR_OKAY);
+    QCOMPARE(buffer.bytes(), QByteArray("abcdXY"));
+    QCOMPARE(buffer->Seek(0, 0), FileBuffer::ERROR_OKAY);
+    QCOMPARE(buffer->Skip(7), FileBuffer::ERROR_BUFFER_OVER_FLOW);
+    QCOMPARE(buffer->Tell(), uint64_t(6));
+    ExactBuffer same("abcdXY");
+    QVERIFY(*buffer == *same);
+    ExactBuffer other("abcdXZ");
+    QVERIFY(!(*buffer == *other));
+}
+
+void tst_Buffers::filesAreReadInWholeBlocks_data()
+{
+    QTest::addColumn<qint64>("position");
+    QTest::addColumn<qint64>("length");
+    QTest::addColumn<int>("error");
+    QTest::addColumn<quint64>("offset");
+    QTest::addColumn<quint64>("block");
+    using Error = FileReader::Error;
+    const auto row = [](const char *name, qint64 position, qint64 length, Error error,
+                        quint64 offset, quint64 block) {
+        QTest::newRow(name) << position << length << int(error) << offset << block;
+    };
+    // A file of 2000 bytes.
+    row("within a block", 1000, 16, FileReader::ERROR_OKAY, 488, 512);
+    row("over the border of a block", 1020, 16, FileReader::ERROR_OKAY, 508, 1024);
+    row("the whole file", 0, 2000, FileReader::ERROR_OKAY, 0, 2048);
+    row("more than the file", 0, 2001, FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF, 0, 0);
+    row("the head makes up for what is missing at the end", 1990, 20, FileReader::ERROR_OKAY, 454,
+        512);
+    row("behind the end, still in its block", 2040, 4, FileReader::ERROR_OKAY, 504, 512);
+    row("in a block behind the end", 2048, 4, FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF, 0, 0);
+    row("more than any memory", 0, INT64_MAX, FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF, 0, 0);
+    row("before the file", -1, 4, FileReader::ERROR_FILE_POSITION, 0, 0);
+}
+
+void tst_Buffers::filesAreReadInWholeBlocks()
+{
+    QFETCH(qint64, position);
+    QFETCH(qint64, length);
+    QFETCH(int, error);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("blocks"));
+    QByteArray content;
+    for (int i = 0; i < 2000; ++i)
+        content += char(i % 251 + 1);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    file.close();
+
+    SyncFileReaderQt reader;
+    QCOMPARE(reader.Open(path.toUtf8().constData()), FileReader::ERROR_OKAY);
+    FileBuffer buffer;
+    QCOMPARE(int(reader.Read(buffer, position, length)), error);
+    if (error != FileReader::ERROR_OKAY)
+        return;
+    uint64_t value = 0;
+    buffer.GetOffset(&value);
+    QTEST(quint64(value), "offset");
+    buffer.GetFullBufferSize(&value);
+    QTEST(quint64(value), "block");
+    QCOMPARE(buffer.BytesLeft(), uint64_t(length));
+    // What lies behind the end of the file reads as 0 and never as what was in memory.
+    QByteArray wanted = content.mid(int(position), int(length));
+    wanted.append(int(length) - wanted.size(), '\0');
+    QCOMPARE(QByteArray(reinterpret_cast<char *>(buffer.GetData()), int(length)), wanted);
+}
+
+void tst_Buffers::filesAreRefused()
+{
+    const QTemporaryDir folder;
+    const QString missing = folder.filePath(QStringLiteral("none/none"));
+    FileBuffer buffer;
+    QCOMPARE(buffer.Alloc(4), GenericBuffer::ERROR_OKAY);
+    SyncFileReaderQt reader;
+    QCOMPARE(reader.Open(""), FileReader::ERROR_FILE_PATH);
+    QCOMPARE(reader.Open(missing), FileReader::ERROR_FILE_OPEN);
+    QCOMPARE(reader.Read(buffer, 0, 4), FileReader::ERROR_FILE_OPEN);
+    SyncFileWriterQt writer;
+    QCOMPARE(writer.Open(""), FileWriter::ERROR_FILE_PATH);
+    QCOMPARE(writer.Open(missing), FileWriter::ERROR_FILE_OPEN);
+    QCOMPARE(writer.Write(buffer, 4), FileWriter::ERROR_FILE_OPEN);
+    QCOMPARE(writer.Tell(), int64_t(-1));
+}
+
+void tst_Buffers::filesAreWritten()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("wr\u00EFtten"));
+    ExactBuffer buffer("abcdef");
+    SyncFileWriterQt writer;
+    QCOMPARE(writer.Open(path.toUtf8().constData()), FileWriter::ERROR_OKAY);
+    QCOMPARE(writer.Write(*buffer, 6), FileWriter::ERROR_OKAY);
+    QCOMPARE(writer.Write(*buffer, 7), FileWriter::ERROR_WRITE_FAILED);
+    QCOMPARE(writer.Write(*buffer, 2, 8), FileWriter::ERROR_OKAY);
+    QCOMPARE(writer.Tell(), int64_t(10));
+    writer.Close();
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("abcdef\0\0ab", 10));
+}
+
+void tst_Buffers::samplesAreSplit_data()
+{
+    QTest::addColumn<QByteArray>("sample");
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<QByteArrayList>("pieces");
+    QTest::addColumn<bool>("key");
+    const auto unit = [](const char *bytes) {
+        QByteArray all = Box::encode(strlen(bytes), 4);
+        return all.append(bytes);
+    };
+    const QByteArray code("\0\0\0\1", 4);
+    const QByteArray delimiter = unit("\x09z");
+    const QByteArray info = unit("\x06i");
+    const QByteArray parameters = unit("\x67p");
+    const QByteArray picture = unit("\x41pic");
+    const QByteArray keyPicture = unit("\x65key");
+    const auto row = [](const char *name, const QByteArray &sample, const QByteArray &stored,
+                        const QByteArrayList &pieces, bool key = false) {
+        QTest::newRow(name) << sample << stored << pieces << key;
+    };
+    const auto join = [](const QByteArrayList &parts) { return parts.join(); };
+
+    const QByteArray two = join({delimiter, info, keyPicture, delimiter, picture, delimiter});
+    row("length prefixes", two, two,
+        {join({delimiter, info, keyPicture}), join({delimiter, picture})}, true);
+    const QByteArray behind = join({parameters, picture, delimiter});
+    row("parameter sets alone open no group", behind, behind, {picture});
+    const QByteArray last = join({picture, picture});
+    row("the unit that runs to the end is not taken", last, last, {picture});
+    const QByteArray cut = join({picture, Box::encode(6, 4), "abc"});
+    row("a unit that runs past the end is not taken", cut, cut, {picture});
+    const QByteArray tooLong = join({Box::encode(9, 4), "abcd"});
+    row("a first length larger than the sample", tooLong, tooLong, {});
+    row("three bytes", "abc", "abc", {});
+
+    row("start codes, replaced by lengths", join({code, "\x09z", code, "\x65key", code, "\x41pic"}),
+        join({delimiter, keyPicture, picture}), {join({delimiter, keyPicture}), picture}, true);
+    row("a start code in the last four bytes", join({code, "\x41pic", code}),
+        join({Box::encode(8, 4), "\x41pic", code}), {join({Box::encode(8, 4), "\x41pic", code})});
+    const QByteArray shortCode = join({QByteArray("\0\0\1", 3), "\x41pic"});
+    row("a code of three bytes tells the format and opens no unit", shortCode, shortCode, {});
+}
+
+void tst_Buffers::samplesAreSplit()
+{
+    QFETCH(QByteArray, sample);
+    QFETCH(QByteArray, stored);
+    QFETCH(QByteArrayList, pieces);
+    SamplePoolBuffer pool;
+    const std::unique_ptr<uint8_t[]> block(new uint8_t[size_t(sample.size())]);
+    std::memcpy(block.get(), sample.constData(), size_t(sample.size()));
+    QCOMPARE(pool.Alloc(size_t(sample.size()), block.get()), GenericBuffer::ERROR_OKAY);
+    pool.timestamp = 7;
+    pool.duration = 8;
+    for (int times = 0; times < 2; ++times)
+        QCOMPARE(pool.Parse(), size_t(pieces.size()));
+    for (int i = 0; i < pieces.size(); ++i) {
+        ExactBuffer wanted(pieces[i]);
+        QVERIFY(*pool.GetPiece(size_t(i)) == *wanted);
+        QCOMPARE(pool.GetPiece(size_t(i))->timestamp, uint64_t(7));
+        QCOMPARE(pool.GetPiece(size_t(i))->duration, uint64_t(8));
+    }
+    QVERIFY(!pool.GetPiece(size_t(pieces.size())));
+    QTEST(pool.is_key, "key");
+    QCOMPARE(QByteArray(reinterpret_cast<char *>(block.get()), sample.size()).toHex(),
+             stored.toHex());
+}
+
+void tst_Buffers::piecesGetTheirTimes()
+{
+    const QByteArray sample = Box::encode(2, 4).append("\x41p").repeated(3);
+    SamplePoolBuffer pool;
+    QCOMPARE(pool.Alloc(size_t(sample.size())), GenericBuffer::ERROR_OKAY);
+    std::memcpy(pool.GetData(), sample.constData(), size_t(sample.size()));
+    QCOMPARE(pool.Parse(), size_t(2));
+    pool.SetTimes({1, 2}, {3, 4}, {false, true});
+    QCOMPARE(pool.GetPiece(1)->timestamp, uint64_t(2));
+    QCOMPARE(pool.GetPiece(1)->duration, uint64_t(4));
+    QVERIFY(pool.GetPiece(1)->is_key);
+    QVERIFY_EXCEPTION_THROWN(pool.SetTimes({1, 2}, {3}, {false, true}), std::out_of_range);
+}
+
+void tst_Buffers::errorsPrintOneLine_data()
+{
+    QTest::addColumn<quint32>("domain");
+    QTest::addColumn<quint32>("code");
+    QTest::addColumn<QByteArray>("line");
+    const auto row = [](quint32 domain, quint32 code, const char *line) {
+        QTest::addRow("%x, %u", domain, code) << domain << code << QByteArray(line);
+    };
+    row(0, 0, "");
+    row(0, 7, "MovParser::Error  >>  ERROR_OP_FAILED\n");
+    row(1, 2, "MovParser::Error  >>  ERROR_MISSING_MOVIE_HEADER\n");
+    row(1, 8, "MovParser::Error  >>  \n");
+    row(0xFFFF, 3, "MovParser::Error  >>  ERROR_FILE_NOT_COMPATIBLE\n");
+    row(0x10000, 0, "FileReader::Error  >>  ERROR_OKAY\n");
+    row(0x10000, 12, "FileReader::Error  >>  ERROR_BAD_MESSAGE\n");
+    row(0x10000, 13, "FileReader::Error  >>  Unknown error code\n");
+    row(0x20000, 11, "FileWriter::Error  >>  ERROR_BAD_MESSAGE\n");
+    row(0x30000, 8, "GenericBuffer::Error  >>  ERROR_MALFORMED_OBJECT\n");
+    row(0x40000, 11, "MovAtom::Error  >>  ERROR_ZERO_SIZE_ATOM\n");
+    row(0x40000, 12, "MovAtom::Error  >>  Unknown error code\n");
+}
+
+void tst_Buffers::errorsPrintOneLine()
+{
+    QFETCH(quint32, domain);
+    QFETCH(quint32, code);
+    StderrCapture capture;
+    QCOMPARE(ReportError(domain, code), domain | code);
+    QTEST(capture.text(), "line");
+}
+
+QTEST_APPLESS_MAIN(tst_Buffers)
+#include "tst_buffers.moc"

@@ -1,0 +1,309 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Movies that lie: whatever the bytes say, reading ends, ends soon, and stays within the buffer.
+#include "movie.h"
+#include "movparser/src/atom_moov.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtTest/QtTest>
+
+using namespace Tavro::MovParserLib;
+
+class tst_HostileAtoms : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readingAMovieEnds_data();
+    void readingAMovieEnds();
+    void aSearchEnds_data();
+    void aSearchEnds();
+    void aCopyStaysWithinItsBytes();
+    void aSampleWithoutAPlaceIsRefused_data();
+    void aSampleWithoutAPlaceIsRefused();
+    void anyFlippedByteIsSurvived();
+};
+
+namespace {
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr int kSlower = 10;
+#else
+constexpr int kSlower = 1;
+#endif
+
+constexpr bool kReads = true;
+constexpr bool kFails = false;
+constexpr uint64_t kWraps = 0xFFFFFFFFFFFFFFF8;
+
+// A movie whose sample table holds this in place of its own table of the type.
+Box withTable(const Box &table)
+{
+    TestTrack track;
+    QList<Box> kept;
+    const QByteArray replaced = table.type() == "co64" ? "stco" : table.type();
+    for (const Box &own : track.tables) {
+        if (own.type() != replaced)
+            kept.append(own);
+    }
+    track.tables = kept;
+    // The last atom of a buffer is not found by a search, hence the one behind it.
+    track.tables.append({table, Box("free")});
+    return movie({track});
+}
+
+Box withTrackChild(const Box &child)
+{
+    TestTrack track;
+    track.children = {child, Box("free")};
+    return movie({track});
+}
+
+Box withMediaInformation(const Box &child)
+{
+    return Box("moov").child(Box("trak")
+                                 .child(TestTrack().header())
+                                 .child(Box("mdia")
+                                            .child(Box::full("mdhd").zeros(20))
+                                            .child(Box::full("hdlr").u32(0).raw("vide").zeros(13))
+                                            .child(Box("minf").child(child).child(Box("free")))));
+}
+
+// Tracks whose `mdia` claims all the bytes behind it: each reads the next ones again.
+Box overlappingTracks(int count)
+{
+    Box moov = Box("moov");
+    const int each = TestTrack().box().bytes().size();
+    for (int i = 0; i < count; ++i) {
+        QByteArray track = TestTrack().box().bytes();
+        const int media = track.indexOf("mdia") - 4;
+        track.replace(media, 4, Box::encode(uint64_t((count - i) * each - media), 4));
+        const int table = track.indexOf("stsz") + 8;
+        track.replace(table, 8, Box::encode(uint64_t((count - i - 1) * each / 4), 8));
+        moov = std::move(moov).raw(track);
+    }
+    return moov;
+}
+
+Box repeated(const char *parent, const Box &child, int count)
+{
+    return Box(parent).raw(child.bytes().repeated(count));
+}
+
+Box nested(int depth)
+{
+    QByteArray bytes;
+    for (int i = 0; i < depth; ++i)
+        bytes.prepend(Box::encode(uint64_t(bytes.size() + 8), 4).append("nest"));
+    return Box("skip").raw(bytes);
+}
+
+} // namespace
+
+void tst_HostileAtoms::readingAMovieEnds_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("reads");
+    const auto row = [](const char *name, const Box &box, bool reads) {
+        QTest::newRow(name) << box.bytes() << reads;
+    };
+    row("a movie as it should be", movie(), kReads);
+
+    row("64-bit size of 0: moov", movie().claimsWide(0), kFails);
+    row("64-bit size of 0: trak", movie({}, {Box("trak").claimsWide(0)}), kFails);
+    row("64-bit size of 0: mvhd", movie({}, {Box::full("mvhd").zeros(96).claimsWide(0)}), kFails);
+    row("64-bit size of 0: unknown child",
+        movie({TestTrack()}, {Box("abcd").zeros(8).claimsWide(0)}), kFails);
+    row("64-bit size of 0: udta", movie({TestTrack()}, {Box("udta").claimsWide(0)}), kFails);
+    row("64-bit size of 0: child of udta",
+        movie({TestTrack()}, {Box("udta").child(Box("abcd").zeros(8).claimsWide(0))}), kFails);
+    // A search gives up there and what it looked for counts as absent.
+    row("64-bit size of 0: child of trak", withTrackChild(Box("abcd").claimsWide(0)), kReads);
+    row("64-bit size of 0: reference", withTrackChild(Box("tref").child(Box("abcd").claimsWide(0))),
+        kFails);
+
+    row("size of 0 ends a container", movie({TestTrack()}, {Box("abcd").claims(0)}), kReads);
+    row("size of 0 before the tracks", Box("moov").child(Box("abcd").claims(0)).child(movie()),
+        kFails);
+
+    for (const uint32_t size : {2u, 4u, 7u})
+        QTest::addRow("unknown child of %u bytes", size)
+            << movie({TestTrack()}, {Box("abcd").zeros(8).claims(size)}).bytes() << kFails;
+    row("trak of 4 bytes", movie({TestTrack()}, {Box("trak").zeros(8).claims(4)}), kFails);
+    row("64-bit size of 15", movie({TestTrack()}, {Box("abcd").zeros(8).claimsWide(15)}), kFails);
+    row("child of trak of 4 bytes", withTrackChild(Box("abcd").zeros(8).claims(4)), kReads);
+    row("references of 9 bytes",
+        withMediaInformation(
+            Box("dinf").child(Box::full("dref").u32(2).child(Box("url ").zeros(8).claims(9)))),
+        kFails);
+
+    row("size that wraps: moov", movie().claimsWide(kWraps), kFails);
+    row("size that wraps: unknown child",
+        movie({TestTrack()}, {Box("abcd").zeros(8).claimsWide(kWraps)}), kFails);
+    row("size that wraps: trak", movie({TestTrack()}, {TestTrack().box().claimsWide(kWraps)}),
+        kReads);
+    row("size that wraps: child of trak", withTrackChild(Box("abcd").zeros(8).claimsWide(kWraps)),
+        kReads);
+    row("size that wraps: table", withTable(Box::full("stts").u32(0).claimsWide(kWraps)), kReads);
+    row("child that ends behind the buffer", movie({TestTrack()}, {Box("abcd").claims(0x7FFFFFFF)}),
+        kFails);
+
+    for (const char *table : {"stts", "ctts", "stss", "stsc", "stco", "co64"})
+        QTest::addRow("4 billion entries: %s", table)
+            << withTable(Box::full(table).u32(0xFFFFFFFF).zeros(64)).bytes() << kFails;
+    row("4 billion entries: stsz", withTable(Box::full("stsz").u32(0).u32(0xFFFFFFFF)), kFails);
+    row("4 billion entries: stsd", withTable(Box::full("stsd").u32(0xFFFFFFFF).zeros(64)), kFails);
+    row("4 billion entries: dref",
+        withMediaInformation(Box("dinf").child(Box::full("dref").u32(0xFFFFFFFF).zeros(64))),
+        kFails);
+    row("3 million descriptions of size 0",
+        withTable(Box::full("stsd").u32(3000000).zeros(3000000)), kFails);
+    row("3 million descriptions with a fourcc and size 0",
+        withTable(Box::full("stsd").u32(3000000).raw(
+            Box("avc1").claims(0).bytes().append(120, '\0').repeated(10000))),
+        kFails);
+    row("4 billion entries: elst",
+        withTrackChild(Box("edts").child(Box::full("elst").u32(0xFFFFFFFF).zeros(64))), kFails);
+    row("4 billion samples of one size", withTable(Box::full("stsz").u32(1).u32(0xFFFFFFFF)),
+        kReads);
+
+    row("10,000 unknown siblings", repeated("moov", Box("abcd"), 10000), kFails);
+    row("10,000 unknown siblings in stbl", withTable(repeated("abcd", Box("free"), 10000)), kReads);
+    row("10,000 nested atoms", movie({TestTrack()}, {nested(10000)}), kReads);
+    row("2,000 tracks", repeated("moov", TestTrack().box(), 2000), kReads);
+    row("2,000 tracks that overlap", overlappingTracks(2000), kFails);
+    row("200,000 references", withTrackChild(repeated("tref", Box("abcd"), 200000)), kReads);
+}
+
+void tst_HostileAtoms::readingAMovieEnds()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, reads);
+    ExactBuffer buffer(bytes);
+    MovieAtom movie;
+    QElapsedTimer timer;
+    timer.start();
+    const MovAtom::Error error = movie.Read(*buffer);
+    QVERIFY2(timer.elapsed() < 100 * kSlower, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(error, reads ? MovAtom::ERROR_OKAY : MovAtom::ERROR_ATOM_READ_FAILED);
+    QVERIFY(buffer->Tell() <= uint64_t(bytes.size()));
+}
+
+void tst_HostileAtoms::aSearchEnds_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<quint64>("limit");
+    QTest::addColumn<bool>("found");
+    QTest::addColumn<quint64>("cursor");
+    const QByteArray wanted = Box("want").zeros(4).bytes();
+    const auto row = [&](const char *name, const Box &first, quint64 limit, bool found,
+                         quint64 cursor) {
+        QTest::newRow(name) << first.bytes().append(wanted) << limit << found << cursor;
+    };
+    const quint64 all = 1000;
+    row("behind another atom", Box("abcd").zeros(2), all, true, 10);
+    row("behind a 64-bit size", Box("abcd").zeros(2).wide(), all, true, 18);
+    row("no room to search, on the atom itself", Box("want"), 0, false, 0);
+    row("the limit ends before it", Box("abcd").zeros(2), 10, false, 10);
+    row("a size of 0 stops where it is", Box("abcd").claims(0), all, false, 8);
+    row("a 64-bit size of 0", Box("abcd").claimsWide(0), all, false, 0);
+    row("a 64-bit size below its preamble", Box("abcd").claimsWide(15), all, false, 0);
+    row("a size below the preamble", Box("abcd").claims(7), all, false, 0);
+    row("a size that wraps", Box("abcd").claimsWide(kWraps), all, false, 0);
+    row("another atom to the end of the buffer", Box("abcd").claims(20), all, false, 0);
+    row("a cut preamble", Box("abcd").claims(17), all, false, 0);
+}
+
+void tst_HostileAtoms::aSearchEnds()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(quint64, limit);
+    QFETCH(bool, found);
+    ExactBuffer buffer(bytes);
+    QCOMPARE(FindAtom(*buffer, FourCC("want"), limit),
+             found ? MovAtom::ERROR_OKAY : MovAtom::ERROR_ATOM_NOT_FOUND);
+    QTEST(quint64(buffer->Tell()), "cursor");
+}
+
+// Read with a 64-bit preamble, counted with a short one: the copy has 8 bytes that nobody gave.
+void tst_HostileAtoms::aCopyStaysWithinItsBytes()
+{
+    ExactBuffer buffer(Box("abcd").raw("data").wide().bytes());
+    UnparsedAtom atom;
+    QCOMPARE(atom.Read(*buffer), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.DataSize(), uint64_t(4));
+    const UnparsedAtom copy(atom);
+    uint8_t data[12] = {};
+    uint64_t size = 0;
+    QCOMPARE(copy.GetData(data, 11, &size), MovAtom::ERROR_INVALID_ARG);
+    QCOMPARE(copy.GetData(data, 12, &size), MovAtom::ERROR_OKAY);
+    QCOMPARE(size, uint64_t(12));
+    QCOMPARE(QByteArray(reinterpret_cast<char *>(data), 12), QByteArray("data").append(8, '\0'));
+}
+
+void tst_HostileAtoms::aSampleWithoutAPlaceIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("chunks");
+    QTest::addColumn<int>("error");
+    const auto row = [](const char *name, const Box &box, MovAtom::Error error) {
+        QTest::newRow(name) << box.bytes() << int(error);
+    };
+    row("no runs", Box::full("stsc").u32(0), MovAtom::ERROR_MALFORMED_ATOM);
+    row("no samples in a chunk", Box::full("stsc").u32(1).u32(1).u32(0).u32(1),
+        MovAtom::ERROR_MALFORMED_ATOM);
+    row("no samples in the last run",
+        Box::full("stsc").u32(2).u32(1).u32(1).u32(1).u32(2).u32(0).u32(1),
+        MovAtom::ERROR_MALFORMED_ATOM);
+    row("chunk 0", Box::full("stsc").u32(1).u32(0).u32(25).u32(1), MovAtom::ERROR_INVALID_ARG);
+    row("a chunk behind the last", Box::full("stsc").u32(1).u32(2).u32(25).u32(1),
+        MovAtom::ERROR_INVALID_ARG);
+    row("runs that go back",
+        Box::full("stsc").u32(2).u32(9).u32(1).u32(1).u32(1).u32(0xFFFFFFFF).u32(1),
+        MovAtom::ERROR_OKAY);
+}
+
+void tst_HostileAtoms::aSampleWithoutAPlaceIsRefused()
+{
+    QFETCH(QByteArray, chunks);
+    TestTrack track;
+    track.tables.removeAt(1); // its own stsc
+    ExactBuffer buffer(movie({track}).bytes());
+    MovieAtom movie;
+    QCOMPARE(movie.Read(*buffer), MovAtom::ERROR_OKAY);
+    ExactBuffer table(chunks);
+    SampleTableAtom *samples = movie.tracks[0].Information().GetSampleTable();
+    QCOMPARE(samples->sampleToChunk.Read(*table), MovAtom::ERROR_OKAY);
+    uint64_t position = 0;
+    QTEST(int(samples->GetSamplePosition(3, &position)), "error");
+}
+
+void tst_HostileAtoms::anyFlippedByteIsSurvived()
+{
+    const QByteArray whole = movie({TestTrack()}, {Box("udta").child(Box("abcd").u32(1))}).bytes();
+    for (int i = 0; i < whole.size(); ++i) {
+        for (const int mask : {0x01, 0x80, 0xFF}) {
+            QByteArray bytes = whole;
+            bytes[i] = char(bytes[i] ^ mask);
+            ExactBuffer buffer(bytes);
+            MovieAtom movie;
+            if (movie.Read(*buffer) != MovAtom::ERROR_OKAY)
+                continue;
+            // What reads can be asked, written and read again.
+            SampleInfo info;
+            for (const TrackAtom &track : movie.tracks)
+                static_cast<void>(track.Information().GetSampleInfo(24, &info));
+            ExactBuffer again(QByteArray(int(movie.GetSize()), '\0'));
+            QCOMPARE(movie.Write(*again), MovAtom::ERROR_OKAY);
+            QCOMPARE(again->Seek(0, 0), FileBuffer::ERROR_OKAY);
+            MovieAtom second;
+            QCOMPARE(second.Read(*again), MovAtom::ERROR_OKAY);
+            std::string text;
+            std::string secondText;
+            movie.PrintToString(&text, 0);
+            second.PrintToString(&secondText, 0);
+            QCOMPARE(secondText, text);
+        }
+    }
+}
+
+QTEST_APPLESS_MAIN(tst_HostileAtoms)
+#include "tst_hostile_atoms.moc"

@@ -1,0 +1,501 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Whole files through the reader: what opens, what is answered, and what is printed.
+#include "movie.h"
+#include "movparser/src/mov_file_reader.h"
+#include "movparser/src/sync_file_writer_qt.h"
+#include "stderr_capture.h"
+
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+using namespace Tavro::MovParserLib;
+
+class tst_MovFileReader : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void opensOrSaysWhyNot_data();
+    void opensOrSaysWhyNot();
+    void skipsMediaDataPast4GiB();
+    void theFrameRateFollowsItsRule_data();
+    void theFrameRateFollowsItsRule();
+    void theMakerIsTold_data();
+    void theMakerIsTold();
+    void questionsWithoutAVideoTrack();
+    void questionsWithoutAnAnswerPlace();
+    void anotherFileReplacesTheFirst();
+    void samplesAreFoundAndRead();
+    void tablesOutliveTheirReader();
+    void aWalkIsTheSameInEveryOrder();
+    void aTrackThatWasAddedIsReadBack();
+
+private:
+    QString store(const QByteArray &bytes)
+    {
+        QFile file(m_folder.filePath(QStringLiteral("movie %1").arg(++m_count)));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("the folder cannot be written");
+        return file.fileName();
+    }
+
+    QTemporaryDir m_folder;
+    int m_count = 0;
+};
+
+namespace {
+
+QByteArray handlerName(const QByteArray &bytes)
+{
+    return Box::full("hdlr").u32(0).raw("mdir").zeros(12).raw(bytes).bytes();
+}
+
+Box toolList(const Box &tool, const QByteArray &handler = handlerName("any name"))
+{
+    return Box::full("meta").raw(handler).child(
+        Box("ilst").child(Box("trkn").zeros(3)).child(tool));
+}
+
+Box tool(const QByteArray &text, uint32_t kind = 1)
+{
+    return Box("\xA9too").child(Box("data").u32(kind).u32(0).raw(text));
+}
+
+} // namespace
+
+void tst_MovFileReader::opensOrSaysWhyNot_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<quint32>("result");
+    QTest::addColumn<QByteArray>("printed");
+    const auto row = [](const char *name, const QByteArray &bytes, quint32 result,
+                        const char *printed = "") {
+        QTest::newRow(name) << bytes << result << QByteArray(printed);
+    };
+    const char *missing = "MovParser::Error  >>  ERROR_MISSING_MOVIE_HEADER\n";
+    const char *malformed = "MovAtom::Error  >>  ERROR_ATOM_READ_FAILED\n";
+    const QByteArray ftyp = Box("ftyp").zeros(8).bytes();
+    const auto join = [](const QByteArrayList &parts) { return parts.join(); };
+    const QByteArray moov = movie().bytes();
+
+    row("ftyp, moov, mdat", movieFile(movie()), 0);
+    row("moov alone", moov, 0);
+    row("moov behind mdat", join({Box("mdat").zeros(700).bytes(), moov}), 0);
+    row("moov behind a 64-bit mdat", join({Box("mdat").zeros(700).wide().bytes(), moov}), 0);
+    row("moov behind free and wide",
+        join({Box("free").zeros(9).bytes(), Box("wide").bytes(), moov}), 0);
+    row("a first atom that no movie begins with", join({Box("skip").bytes(), moov}), 2,
+        "MovParser::Error  >>  ERROR_FILE_NOT_COMPATIBLE\n");
+    row("an atom of size 0 before moov", join({ftyp, Box("mdat").claims(0).bytes(), moov}), 2,
+        missing);
+    row("an atom of 64-bit size 0 before moov",
+        join({ftyp, Box("mdat").claimsWide(0).bytes(), moov}), 2, missing);
+    row("a size that wraps before moov",
+        join({ftyp, Box("mdat").zeros(16).claimsWide(0xFFFFFFFFFFFFFFF8).bytes(), moov}), 2,
+        "MovParser::Error  >>  \n");
+    row("an empty file", "", 2, "MovParser::Error  >>  \n");
+    row("a file of ten bytes", Box("ftyp").raw("is").bytes(), 2, "MovParser::Error  >>  \n");
+    row("no moov", join({ftyp, Box("mdat").zeros(5000).bytes()}), 2);
+    row("moov cut off", moov.left(moov.size() - 100), 0x1000B,
+        "FileReader::Error  >>  ERROR_ATTEMPT_TO_READ_PAST_EOF\n");
+    row("media cut off", movieFile(movie()).left(moov.size() + 300), 0);
+    row("no trak", movie({}).bytes(), 0x40004, malformed);
+    row("trak without mdia", movie({}, {Box("trak").child(TestTrack().header())}).bytes(), 0x40004,
+        malformed);
+    row("trak without tkhd", movie({}, {Box("trak").child(TestTrack().media())}).bytes(), 0x40004,
+        malformed);
+    row("no mvhd", Box("moov").child(TestTrack().box()).bytes(), 0);
+    TestTrack reversed;
+    row("mdia before tkhd",
+        movie({}, {Box("trak").child(reversed.media()).child(reversed.header())}).bytes(), 0);
+    TestTrack noChunks;
+    noChunks.tables.removeLast();
+    row("stbl without chunk offsets", movie({noChunks}).bytes(), 0x40004, malformed);
+    TestTrack subtitles;
+    subtitles.handler = "subt";
+    row("a handler without samples here", movie({subtitles}).bytes(), 0);
+}
+
+void tst_MovFileReader::opensOrSaysWhyNot()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(quint32, result);
+    QFETCH(QByteArray, printed);
+    MovFileReader reader;
+    const QString path = store(bytes);
+    QElapsedTimer timer;
+    timer.start();
+    StderrCapture capture;
+    QCOMPARE(reader.Open(path), result);
+    QVERIFY(timer.elapsed() < 1000);
+    if (result == 0 || !printed.isEmpty())
+        QCOMPARE(capture.text(), printed);
+    else
+        QVERIFY(capture.text().startsWith("MovParser::Error  >>  "));
+    QCOMPARE(reader.GetMoviePosition() != 0,
+             result == 0 && !bytes.startsWith(movie().bytes().left(8))
+                 && bytes.indexOf("moov") != 4);
+    QCOMPARE(MovFileReader().Open(QString()), 0x10001u);
+    QCOMPARE(MovFileReader().Open(path + QStringLiteral(".none")), 0x10002u);
+}
+
+void tst_MovFileReader::skipsMediaDataPast4GiB()
+{
+    const qint64 gap = 5LL << 30;
+    const QString path = store(Box("mdat").zeros(8).claimsWide(uint64_t(gap)).bytes());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.resize(gap) && file.seek(gap));
+    QVERIFY(file.write(movie().bytes()) > 0);
+    file.close();
+    MovFileReader reader;
+    QCOMPARE(reader.Open(path), 0u);
+    QCOMPARE(reader.GetMoviePosition(), uint64_t(gap));
+    uint64_t position = 1;
+    uint64_t size = 0;
+    QCOMPARE(reader.LocateMediaData(&position, &size), 0u);
+    QCOMPARE(position, uint64_t(0));
+    QCOMPARE(size, uint64_t(gap));
+}
+
+void tst_MovFileReader::theFrameRateFollowsItsRule_data()
+{
+    QTest::addColumn<uint>("timeScale");
+    QTest::addColumn<uint>("duration");
+    QTest::addColumn<uint>("samples");
+    QTest::addColumn<int>("edit"); // media time of the first edit, -2 for no edits
+    QTest::addColumn<double>("rate"); // 0 for none
+    QTest::newRow("25 frames") << 25u << 250u << 250u << -2 << 25.0;
+    QTest::newRow("NTSC") << 30000u << 30030u << 30u << -2 << 29.97;
+    QTest::newRow("rounded up to whole units") << 600u << 601u << 30u << -2 << 28.571;
+    QTest::newRow("a frame too long for thousandths") << 90000u << 4294968u << 1u << -2 << 0.021;
+    QTest::newRow("the longest that has thousandths") << 90000u << 4294967u << 1u << -2 << 0.021;
+    QTest::newRow("a large time scale") << 4294967295u << 171798692u << 1u << -2 << 25.0;
+    QTest::newRow("no samples, an edit") << 24000u << 5u << 0u << 1000 << 24.0;
+    QTest::newRow("no samples, an empty edit") << 24000u << 5u << 0u << -1 << 0.0;
+    QTest::newRow("no samples, no edit") << 24000u << 5u << 0u << -2 << 0.0;
+    QTest::newRow("an edit does not matter beside samples") << 25u << 25u << 25u << 1000 << 25.0;
+    QTest::newRow("no time scale") << 0u << 25u << 25u << -2 << 0.0;
+    QTest::newRow("no duration") << 25u << 0u << 25u << -2 << 0.0;
+}
+
+void tst_MovFileReader::theFrameRateFollowsItsRule()
+{
+    QFETCH(int, edit);
+    QFETCH(double, rate);
+    TestTrack track;
+    track.timeScale = *static_cast<const uint *>(QTest::qData("timeScale", QMetaType::UInt));
+    track.duration = *static_cast<const uint *>(QTest::qData("duration", QMetaType::UInt));
+    track.samples = *static_cast<const uint *>(QTest::qData("samples", QMetaType::UInt));
+    if (edit != -2)
+        track.children = {Box("edts").child(
+            Box::full("elst").u32(2).u32(9).u32(uint32_t(edit)).u32(0x10000).zeros(12))};
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie({track})))), 0u);
+    double got = -1;
+    QCOMPARE(reader.GetFrameRate(&got), rate == 0 ? 0x10000u : 0u);
+    QCOMPARE(got, rate == 0 ? -1 : rate);
+    QCOMPARE(reader.HasVideo(), track.samples != 0);
+}
+
+void tst_MovFileReader::theMakerIsTold_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("userData");
+    QTest::addColumn<bool>("maker");
+    const auto row = [](const char *what, const char *name, const Box &child, bool maker) {
+        QTest::newRow(what) << QByteArray(name) << Box("udta").child(child).bytes() << maker;
+    };
+    const Box none("free");
+    row("by the name of track 0", "A Tavro Camera", none, true);
+    row("another name", "tavro", none, false);
+    row("by its firmware", "Video", Box("FIRM").raw("1.0"), true);
+    row("an empty firmware", "Video", Box("FIRM"), false);
+    row("by the tool", "Video", toolList(tool("Tavro")), true);
+    row("a longer tool", "Video", toolList(tool("Tavro 2")), false);
+    row("a tool that is no text", "Video", toolList(tool("Tavro", 2)), false);
+    row("a list of another handler", "Video",
+        toolList(tool("Tavro"), handlerName("").replace("mdir", "mdta")), false);
+    row("a tool of size 0", "Video", toolList(Box("\xA9too").claims(0)), false);
+    row("a tool cut off", "Video", toolList(Box("\xA9too").u32(99)), false);
+    row("a list without end", "Video",
+        Box::full("meta").raw(handlerName("")).child(Box("ilst").claims(8)), false);
+    row("a short meta", "Video", Box::full("meta").zeros(3), false);
+}
+
+void tst_MovFileReader::theMakerIsTold()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(QByteArray, userData);
+    TestTrack track;
+    track.name = name;
+    MovFileReader reader;
+    const QByteArray bytes = Box("moov").child(track.box()).raw(userData).bytes();
+    QCOMPARE(reader.Open(store(bytes)), 0u);
+    bool maker = false;
+    QCOMPARE(reader.IsTavroFile(&maker), 0u);
+    QTEST(maker, "maker");
+
+    track.name.clear();
+    QCOMPARE(reader.Open(store(movieFile(movie({track})))), 0u);
+    QCOMPARE(reader.IsTavroFile(&maker), 0x4000Au);
+}
+
+void tst_MovFileReader::questionsWithoutAVideoTrack()
+{
+    TestTrack sound;
+    sound.handler = "soun";
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie({sound})))), 0u);
+    QVERIFY(!reader.HasVideo());
+    uint32_t number = 0;
+    double rate = 0;
+    float angle = 0;
+    std::string text = "old";
+    QCOMPARE(reader.GetFrameSize(&number, &number), 0x40002u);
+    QCOMPARE(reader.GetFrameRate(&rate), 0x40002u);
+    QCOMPARE(reader.GetStereoMode(&number), 0x40002u);
+    QCOMPARE(reader.GetWritingTool(&text), 0x40002u);
+    QCOMPARE(text, std::string());
+    QCOMPARE(reader.GetProjection(&number), 0x4000Au);
+    QCOMPARE(reader.GetInitialPose(&angle, &angle, &angle), 0x4000Au);
+    QCOMPARE(reader.GetSampleCount(&number, {FourCC("soun"), 0}), 0u);
+    QCOMPARE(number, 25u);
+    QCOMPARE(reader.GetSampleCount(&number, {FourCC("soun"), 1}), 0x40002u);
+}
+
+void tst_MovFileReader::questionsWithoutAnAnswerPlace()
+{
+    const MovFileReader reader;
+    uint32_t number = 0;
+    float angle = 0;
+    QCOMPARE(reader.GetFrameSize(nullptr, &number), 5u);
+    QCOMPARE(reader.GetFrameSize(&number, nullptr), 5u);
+    QCOMPARE(reader.GetFrameRate(nullptr), 5u);
+    QCOMPARE(reader.IsTavroFile(nullptr), 5u);
+    QCOMPARE(reader.GetInitialPose(&angle, nullptr, &angle), 5u);
+    QCOMPARE(reader.GetProjection(nullptr), 5u);
+    QCOMPARE(reader.GetStereoMode(nullptr), 5u);
+    QCOMPARE(reader.GetWritingTool(nullptr), 5u);
+}
+
+void tst_MovFileReader::anotherFileReplacesTheFirst()
+{
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie({TestTrack()}, {Box("udta").child(Box("abcd"))})))),
+             0u);
+    QVERIFY(reader.Movie().user_data);
+    TestTrack small;
+    small.timeScale = 7;
+    QCOMPARE(reader.Open(store(movieFile(Box("moov").child(small.box())))), 0u);
+    QVERIFY(!reader.Movie().user_data);
+    QCOMPARE(reader.Movie().tracks.size(), size_t(1));
+    QCOMPARE(reader.Movie().header.duration, 0u); // the second file has no header
+    QCOMPARE(reader.Open(QString()), 0x10001u);
+    QVERIFY(!reader.HasVideo());
+    QCOMPARE(reader.GetMoviePosition(), uint64_t(0));
+}
+
+namespace {
+
+// Five samples in chunks of two, two and one, of 1 to 5 bytes at 1024, 2048 and 3000; the second
+// and fourth are shown later than decoded, and the first and fourth are key samples.
+TestTrack fiveSamples()
+{
+    TestTrack track;
+    track.timeScale = 1000;
+    track.tables = {
+        Box::full("stsz").u32(0).u32(5).u32(1).u32(2).u32(3).u32(4).u32(5),
+        Box::full("stsc").u32(2).u32(1).u32(2).u32(1).u32(3).u32(1).u32(1),
+        Box::full("stco").u32(3).u32(1024).u32(2048).u32(3000),
+        Box::full("stts").u32(2).u32(3).u32(10).u32(2).u32(20),
+        Box::full("ctts").u32(4).u32(1).u32(0).u32(1).u32(5).u32(1).u32(0xFFFFFFFF).u32(2).u32(7),
+        Box::full("stss").u32(2).u32(1).u32(4),
+        Box("free")};
+    return track;
+}
+
+struct Expected
+{
+    uint64_t position, size, time, duration;
+    bool key;
+};
+
+constexpr Expected kFive[] = {{1024, 1, 0, 10000, true},
+                              {1025, 2, 15000, 10000, false},
+                              {2048, 3, 19000, 10000, false},
+                              {2051, 4, 37000, 20000, true},
+                              {3000, 5, 57000, 20000, false}};
+
+} // namespace
+
+void tst_MovFileReader::samplesAreFoundAndRead()
+{
+    QByteArray bytes = movieFile(movie({fiveSamples()}));
+    bytes.append(4000 - bytes.size(), '\0');
+    bytes.replace(2051, 4, "four");
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(bytes)), 0u);
+    for (const uint32_t index : {0u, 4u, 2u, 1u, 3u, 3u, 0u}) {
+        SampleInfo info;
+        QCOMPARE(reader.GetSampleInfo(index, &info), 0u);
+        QCOMPARE(info.position, kFive[index].position);
+        QCOMPARE(uint64_t(info.size), kFive[index].size);
+        QCOMPARE(info.time, kFive[index].time);
+        QCOMPARE(info.duration, kFive[index].duration);
+        QCOMPARE(info.isKey, kFive[index].key);
+    }
+    SampleInfo info;
+    QCOMPARE(reader.GetSampleInfo(5, &info), 0x40001u);
+    uint32_t index = 0;
+    for (const auto &[time, wanted] : {std::pair(0, 0u), {9999, 1u}, {29000, 2u}, {69000, 4u}}) {
+        QCOMPARE(reader.GetSampleIndexForTime(uint64_t(time), &index), 0u);
+        QCOMPARE(index, wanted);
+    }
+    QCOMPARE(reader.GetSampleIndexForTime(70000, &index), 0x40002u);
+    SampleBuffer sample;
+    QCOMPARE(reader.ReadSample(3, &sample), 0u);
+    ExactBuffer four("four");
+    QVERIFY(sample == *four);
+    QCOMPARE(sample.timestamp, uint64_t(37000));
+    QVERIFY(sample.is_key);
+    char memory[4] = {};
+    uint64_t size = 0;
+    QCOMPARE(reader.ReadSample(3, memory, 3, &size), 0x40001u);
+    QCOMPARE(reader.ReadSample(3, memory, 4, &size), 0u);
+    QCOMPARE(QByteArray(memory, int(size)), QByteArray("four"));
+    uint32_t shortest = 0;
+    uint32_t longest = 0;
+    QCOMPARE(reader.GetDurationRange(&shortest, &longest), 0u);
+    QCOMPARE(shortest, 10u);
+    QCOMPARE(longest, 20u);
+
+    TestTrack timeless = fiveSamples();
+    timeless.tables.removeAt(3);
+    QCOMPARE(reader.Open(store(movieFile(movie({timeless})))), 0u);
+    QCOMPARE(reader.GetSampleIndexForTime(0, &index), 0x40003u);
+}
+
+// Tables refer to the bytes that the reader loaded until somebody changes them.
+void tst_MovFileReader::tablesOutliveTheirReader()
+{
+    auto reader = std::make_unique<MovFileReader>();
+    QCOMPARE(reader->Open(store(movieFile(movie({fiveSamples()})))), 0u);
+    const MovieAtom copy = reader->Movie();
+    const MovieAtom moved = std::move(reader->Movie());
+    reader.reset();
+    for (const MovieAtom *left : {&copy, &moved}) {
+        SampleTableAtom *table = left->tracks.front().Information().GetSampleTable();
+        QCOMPARE(table->sampleSizes.AddSample(6), MovAtom::ERROR_OKAY);
+        table->chunkOffsets.offsets.Set(0, 7);
+        QCOMPARE(table->chunkOffsets.offsets[0], uint64_t(7));
+        QCOMPARE(table->chunkOffsets.offsets[2], uint64_t(3000));
+        uint32_t bytes = 0;
+        QCOMPARE(table->sampleSizes.GetSampleSize(4, &bytes, nullptr), MovAtom::ERROR_OKAY);
+        QCOMPARE(bytes, 5u);
+        QCOMPARE(table->sampleSizes.GetSampleSize(5, &bytes, nullptr), MovAtom::ERROR_OKAY);
+        QCOMPARE(bytes, 6u);
+    }
+}
+
+// The look-ups keep cursors: going back, jumping and walking must not differ.
+void tst_MovFileReader::aWalkIsTheSameInEveryOrder()
+{
+    const uint32_t count = 3000;
+    Box sizes = Box::full("stsz").u32(0).u32(count);
+    Box times = Box::full("stts").u32(count / 10);
+    Box runs = Box::full("stsc").u32(count / 100);
+    Box offsets = Box::full("co64").u32(count);
+    for (uint32_t i = 0; i < count; ++i)
+        sizes = std::move(sizes).u32(1 + i % 97);
+    for (uint32_t i = 0; i < count / 10; ++i)
+        times = std::move(times).u32(10).u32(1 + i % 7);
+    for (uint32_t i = 0; i < count / 100; ++i)
+        runs = std::move(runs).u32(1 + 20 * i).u32(1 + i % 11).u32(1);
+    for (uint32_t i = 0; i < count; ++i)
+        offsets = std::move(offsets).u64((uint64_t(i) << 33) + 5);
+    TestTrack track;
+    track.tables = {sizes, times, runs, offsets, Box("free")};
+    const QString path = store(movieFile(movie({track})));
+    MovFileReader walker;
+    MovFileReader jumper;
+    QCOMPARE(walker.Open(path), 0u);
+    QCOMPARE(jumper.Open(path), 0u);
+    for (uint32_t i = 0; i < count; ++i) {
+        SampleInfo walked;
+        SampleInfo jumped;
+        SampleInfo other;
+        QCOMPARE(walker.GetSampleInfo(i, &walked), 0u);
+        QCOMPARE(jumper.GetSampleInfo((i * 1237) % count, &other), 0u);
+        QCOMPARE(jumper.GetSampleInfo(i, &jumped), 0u);
+        QCOMPARE(jumped.position, walked.position);
+        QCOMPARE(jumped.time, walked.time);
+        QCOMPARE(jumped.duration, walked.duration);
+    }
+}
+
+void tst_MovFileReader::aTrackThatWasAddedIsReadBack()
+{
+    MovieAtom movie;
+    VideoTrackFormat format;
+    format.codec = FourCC("avc1");
+    format.width = 1920;
+    format.timeScale = 50;
+    QCOMPARE(movie.AddVideoTrack(format), MovAtom::ERROR_INVALID_ARG);
+    format.height = 960;
+    format.aspectNumerator = 4;
+    format.aspectDenominator = 3;
+    TrackAtom *track = nullptr;
+    QCOMPARE(movie.AddVideoTrack(format, &track), MovAtom::ERROR_OKAY);
+    QCOMPARE(track->header.width, 2560u << 16);
+    MediaInformationAtom &media = *track->media.information;
+    for (const uint32_t size : {10u, 10u, 12u})
+        QCOMPARE(media.AddSample(size), MovAtom::ERROR_OKAY);
+    QCOMPARE(media.AddSample(0), MovAtom::ERROR_INVALID_ARG);
+    QCOMPARE(media.AddSampleTime(2, 1), MovAtom::ERROR_OKAY);
+    QCOMPARE(media.AddSampleTime(1, 1), MovAtom::ERROR_OKAY);
+    QCOMPARE(media.AddSyncSample(1), MovAtom::ERROR_OKAY);
+    QCOMPARE(media.AddChunk(100, 2, 1), MovAtom::ERROR_OKAY);
+    QCOMPARE(media.AddChunk(200, 1, 1), MovAtom::ERROR_OKAY);
+    QCOMPARE(track->SetDuration(3, movie.header.timeScale, 0x10000), MovAtom::ERROR_OKAY);
+    QCOMPARE(track->header.duration, 36u);
+    SoundTrackFormat sound;
+    sound.codec = FourCC("mp4a");
+    sound.channels = 2;
+    sound.sampleRate = 48000;
+    sound.timeScale = 48000;
+    QCOMPARE(movie.AddSoundTrack(sound), MovAtom::ERROR_OKAY);
+    QCOMPARE(movie.header.nextTrackId, 3u);
+
+    FileBuffer buffer;
+    const uint64_t bytes = movie.GetSize();
+    QCOMPARE(buffer.Alloc(bytes), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(movie.Write(buffer), MovAtom::ERROR_OKAY);
+    QCOMPARE(buffer.BytesLeft(), uint64_t(0));
+    const QString path = store({});
+    SyncFileWriterQt writer;
+    QCOMPARE(writer.Open(path), FileWriter::ERROR_OKAY);
+    QCOMPARE(writer.Write(buffer, int64_t(bytes)), FileWriter::ERROR_OKAY);
+    writer.Close();
+
+    MovFileReader reader;
+    QCOMPARE(reader.Open(path), 0u);
+    uint32_t width = 0;
+    uint32_t height = 0;
+    QCOMPARE(reader.GetFrameSize(&width, &height), 0u);
+    QCOMPARE(width, 1920u);
+    QCOMPARE(height, 960u);
+    double rate = 0;
+    QCOMPARE(reader.GetFrameRate(&rate), 0u);
+    QCOMPARE(rate, 50.0);
+    SampleInfo info;
+    QCOMPARE(reader.GetSampleInfo(1, &info), 0u);
+    QCOMPARE(info.position, uint64_t(110));
+    QVERIFY(!info.isKey);
+    QCOMPARE(reader.GetSampleInfo(2, &info), 0u);
+    QCOMPARE(info.position, uint64_t(200));
+    QCOMPARE(info.size, 12u);
+    QCOMPARE(reader.Movie().tracks[1].header.trackId, 2u);
+}
+
+QTEST_APPLESS_MAIN(tst_MovFileReader)
+#include "tst_mov_file_reader.moc"

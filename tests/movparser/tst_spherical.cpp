@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What a track says about a panorama, and which of its sources is believed.
+#include "movie.h"
+#include "movparser/src/atom_moov.h"
+#include "movparser/src/video_sample_description.h"
+
+#include <QtTest/QtTest>
+
+using namespace Tavro::MovParserLib;
+
+namespace {
+
+Box proj(const QList<Box> &children)
+{
+    Box box = Box("proj").child(Box::full("prhd").zeros(12));
+    for (const Box &child : children)
+        box = std::move(box).child(child);
+    return box;
+}
+
+Box pose(uint32_t yaw, uint32_t pitch, uint32_t roll)
+{
+    return Box("sv3d").child(Box("proj").child(Box::full("prhd").u32(yaw).u32(pitch).u32(roll)));
+}
+
+const Box kEqui = Box::full("equi").zeros(16);
+const Box kCube = Box::full("cbmp").zeros(8);
+
+Box document(const QByteArray &text)
+{
+    return Box("uuid").zeros(16).raw(text);
+}
+
+QByteArray element(const char *name, const QByteArray &value)
+{
+    return QByteArray("<GSpherical:") + name + '>' + value + "</GSpherical:" + name + '>';
+}
+
+/// A video track whose list of descriptions is empty, so that its document speaks.
+TestTrack undescribed(const QByteArray &text)
+{
+    TestTrack track;
+    track.tables.append(Box::full("stsd").u32(0));
+    track.children = {document(text)};
+    return track;
+}
+
+TestTrack described(const QList<Box> &descriptionChildren, const QList<Box> &children = {})
+{
+    TestTrack track;
+    track.descriptionChildren = descriptionChildren;
+    track.children = children;
+    return track;
+}
+
+struct Answers
+{
+    uint32_t stereoMode = 99;
+    uint32_t projection = 99;
+    float pose[3] = {99, 99, 99};
+    std::string tool = "untouched";
+    uint32_t sourceCount = 99;
+};
+
+Answers ask(const TrackAtom &track)
+{
+    Answers answers;
+    const bool asked = track.GetStereoMode(&answers.stereoMode) == MovAtom::ERROR_OKAY
+        && track.GetProjection(&answers.projection) == MovAtom::ERROR_OKAY
+        && track.GetInitialPose(&answers.pose[0], &answers.pose[1], &answers.pose[2])
+            == MovAtom::ERROR_OKAY
+        && track.GetWritingTool(&answers.tool, &answers.sourceCount) == MovAtom::ERROR_OKAY;
+    return asked ? answers : Answers();
+}
+
+QString text(const Answers &answers)
+{
+    return QStringLiteral("stereo %1, projection %2, pose %3/%4/%5, tool '%6'")
+        .arg(answers.stereoMode)
+        .arg(answers.projection)
+        .arg(answers.pose[0])
+        .arg(answers.pose[1])
+        .arg(answers.pose[2])
+        .arg(QString::fromStdString(answers.tool));
+}
+
+bool read(const Box &box, MovieAtom *movie)
+{
+    ExactBuffer buffer(box.bytes());
+    return movie->Read(*buffer) == MovAtom::ERROR_OKAY;
+}
+
+} // namespace
+
+class tst_Spherical : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answers_data();
+    void answers();
+    void settersWriteBothGenerations();
+    void aCubemapHasNoDocument();
+    void aPoseIsKeptWithinItsLimits_data();
+    void aPoseIsKeptWithinItsLimits();
+    void settersNeedAPlace();
+};
+
+void tst_Spherical::answers_data()
+{
+    QTest::addColumn<QByteArray>("moov");
+    QTest::addColumn<QString>("expected");
+    const auto row = [](const char *name, const TestTrack &track, const char *expected) {
+        QTest::newRow(name) << movie({track}).bytes() << QString::fromLatin1(expected);
+    };
+    row("nothing said", described({}), "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
+    row("st3d 1 is top-bottom", described({Box::full("st3d").u8(1)}),
+        "stereo 2, projection 0, pose 0/0/0, tool 'untouched'");
+    row("st3d 2 is left-right", described({Box::full("st3d").u8(2)}),
+        "stereo 1, projection 0, pose 0/0/0, tool 'untouched'");
+    row("st3d 3 is nothing", described({Box::full("st3d").u8(3)}),
+        "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
+    row("equi", described({Box("sv3d").child(proj({kEqui}))}),
+        "stereo 0, projection 1, pose 0/0/0, tool ''");
+    row("cbmp", described({Box("sv3d").child(proj({kCube}))}),
+        "stereo 0, projection 256, pose 0/0/0, tool ''");
+    row("equi wins over cbmp", described({Box("sv3d").child(proj({kCube, kEqui}))}),
+        "stereo 0, projection 1, pose 0/0/0, tool ''");
+    row("neither equi nor cbmp", described({Box("sv3d").child(proj({Box("mshp").zeros(9)}))}),
+        "stereo 0, projection 0, pose 0/0/0, tool ''");
+    row("a zero size ends proj",
+        described({Box("sv3d").child(proj({Box("free").claims(0), kEqui}))}),
+        "stereo 0, projection 0, pose 0/0/0, tool ''");
+    row("the tool is the svhd's text",
+        described({Box("sv3d")
+                       .child(Box("free").u8(1))
+                       .child(Box::full("svhd").raw(QByteArray("a tool\0rest", 11)))}),
+        "stereo 0, projection 0, pose 0/0/0, tool 'a tool'");
+    row("fractions of a degree are cut off", described({pose(0x005A8000, 0xFFA58001, 0x0000FFFF)}),
+        "stereo 0, projection 0, pose 90/-90/0, tool ''");
+    row("a readable description silences the document",
+        described({}, {document('x' + element("StereoMode", "left-right"))}),
+        "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
+    row("the document speaks for a track without description",
+        undescribed('x' + element("StereoMode", "top-bottom")
+                    + element("StitchingSoftware", "stitcher")
+                    + element("InitialViewHeadingDegrees", "90")),
+        "stereo 2, projection 1, pose 0/0/0, tool 'stitcher'");
+    row("a foreign uuid reads as an empty document", undescribed("no xml\xFF"),
+        "stereo 0, projection 1, pose 0/0/0, tool ''");
+    row("a tag at the very beginning does not count",
+        undescribed(element("StereoMode", "left-right")),
+        "stereo 0, projection 1, pose 0/0/0, tool ''");
+    row("the last of several elements counts",
+        undescribed('x' + element("StereoMode", "left-right")
+                    + element("StereoMode", "top-bottom")),
+        "stereo 2, projection 1, pose 0/0/0, tool ''");
+    row("each byte of the software is a character",
+        undescribed("x"
+                    + element("StitchingSoftware",
+                              "K\xC3\xA4"
+                              "fer")),
+        "stereo 0, projection 1, pose 0/0/0, tool 'K\xC3\xA4"
+        "fer'");
+    row("the document ends at a 0 byte",
+        undescribed(QByteArray("x\0", 2) + element("StereoMode", "left-right")),
+        "stereo 0, projection 1, pose 0/0/0, tool ''");
+    row(
+        "only the first description counts",
+        [] {
+            TestTrack track;
+            const QByteArray plain = track.descriptions().bytes().mid(16);
+            const QByteArray tagged =
+                described({Box::full("st3d").u8(1)}).descriptions().bytes().mid(16);
+            track.tables.append(Box::full("stsd").u32(2).raw(plain).raw(tagged));
+            return track;
+        }(),
+        "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
+}
+
+void tst_Spherical::answers()
+{
+    QFETCH(QByteArray, moov);
+    QFETCH(QString, expected);
+    MovieAtom movie;
+    ExactBuffer buffer(moov);
+    QCOMPARE(movie.Read(*buffer), MovAtom::ERROR_OKAY);
+    QCOMPARE(text(ask(movie.tracks.front())), expected);
+}
+
+void tst_Spherical::settersWriteBothGenerations()
+{
+    MovieAtom movie;
+    QVERIFY(read(::movie(), &movie));
+    TrackAtom &track = movie.tracks.front();
+    QCOMPARE(track.SetStereoMode(2), MovAtom::ERROR_OKAY);
+    QVERIFY(!track.spherical); // this one alone does not make a document
+    QCOMPARE(track.SetInitialPose(90.9f, -45, 10), MovAtom::ERROR_OKAY);
+    QCOMPARE(track.SetEquirectangular(1, 2, 3, 4), MovAtom::ERROR_OKAY);
+    QCOMPARE(track.SetWritingTool("writer", 3), MovAtom::ERROR_OKAY);
+    QCOMPARE(track.SetStereoMode(1), MovAtom::ERROR_OKAY);
+
+    ExactBuffer buffer(QByteArray(int(movie.GetSize()), '\0'));
+    QCOMPARE(movie.Write(*buffer), MovAtom::ERROR_OKAY);
+    QVERIFY(buffer.bytes().contains("<GSpherical:InitialViewHeadingDegrees>90<"));
+    QCOMPARE(buffer->Seek(0, 0), FileBuffer::ERROR_OKAY);
+    MovieAtom again;
+    QCOMPARE(again.Read(*buffer), MovAtom::ERROR_OKAY);
+    QCOMPARE(text(ask(again.tracks.front())),
+             QStringLiteral("stereo 1, projection 1, pose 90/-45/10, tool 'writer'"));
+
+    // Without descriptions the document answers, but for the pose, which it does not bring back.
+    again.tracks.front().SampleDescriptions()->entries.clear();
+    const Answers legacy = ask(again.tracks.front());
+    QCOMPARE(text(legacy), QStringLiteral("stereo 1, projection 1, pose 0/0/0, tool 'writer'"));
+    QCOMPARE(legacy.sourceCount, 3U);
+}
+
+void tst_Spherical::aCubemapHasNoDocument()
+{
+    MovieAtom movie;
+    QVERIFY(read(::movie({described({}, {document("x")})}), &movie));
+    TrackAtom &track = movie.tracks.front();
+    QVERIFY(track.spherical);
+    QCOMPARE(track.SetCubemap(0, 4), MovAtom::ERROR_OKAY);
+    QVERIFY(!track.spherical);
+    QCOMPARE(ask(track).projection, 256U);
+    QCOMPARE(track.SetEquirectangular(0, 0, 0, 0), MovAtom::ERROR_OKAY);
+    QCOMPARE(ask(track).projection, 1U);
+}
+
+void tst_Spherical::aPoseIsKeptWithinItsLimits_data()
+{
+    QTest::addColumn<float>("yaw");
+    QTest::addColumn<float>("pitch");
+    QTest::addColumn<float>("roll");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("too large") << 181.0f << 91.0f << 1e30f << "11796480/5898240/11796480";
+    QTest::newRow("too small") << -181.0f << -91.0f << -1e30f << "-11796480/-5898240/-11796480";
+    QTest::newRow("fractions are kept in the file") << 0.5f << -0.5f << 0.0f << "32768/-32768/0";
+    QTest::newRow("no number") << float(qQNaN()) << 1.0f << 1.0f << "0/65536/65536";
+}
+
+void tst_Spherical::aPoseIsKeptWithinItsLimits()
+{
+    QFETCH(float, yaw);
+    QFETCH(float, pitch);
+    QFETCH(float, roll);
+    sphericalProjectionHeaderAtom atom;
+    atom.SetPose(yaw, pitch, roll);
+    QTEST(QStringLiteral("%1/%2/%3")
+              .arg(atom.pose_yaw_degrees)
+              .arg(atom.pose_pitch_degrees)
+              .arg(atom.pose_roll_degrees),
+          "expected");
+    sphericalVideoLegacyAtom legacy;
+    legacy.SetPose(yaw, pitch, roll); // must not overflow
+}
+
+void tst_Spherical::settersNeedAPlace()
+{
+    TestTrack sound;
+    sound.handler = "soun";
+    MovieAtom movie;
+    QVERIFY(read(::movie({sound}), &movie));
+    TrackAtom &track = movie.tracks.front();
+    QCOMPARE(track.SetStereoMode(1), MovAtom::ERROR_INVALID_RET_VAL);
+    QCOMPARE(track.SetCubemap(0, 0), MovAtom::ERROR_INVALID_RET_VAL);
+    QCOMPARE(track.SetWritingTool("", 0), MovAtom::ERROR_INVALID_ARG);
+
+    MovieAtom undescribedMovie;
+    QVERIFY(read(::movie({undescribed("x")}), &undescribedMovie));
+    QCOMPARE(undescribedMovie.tracks.front().SetStereoMode(1), MovAtom::ERROR_OKAY);
+    QVERIFY(undescribedMovie.tracks.front().SampleDescriptions()->Video());
+}
+
+QTEST_APPLESS_MAIN(tst_Spherical)
+#include "tst_spherical.moc"

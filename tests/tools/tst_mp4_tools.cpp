@@ -1,0 +1,403 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The programs tavro-mp4info and tavro-mp4tag as their users start them, on clips made by ffmpeg.
+#include "movparser/src/mov_file_reader.h"
+#include "tests/movparser/movie.h"
+#include "tools/OutputFile.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <unistd.h>
+
+using namespace Tavro::MovParserLib;
+
+namespace {
+
+struct Run
+{
+    int exitCode = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+Run run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit)
+        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+QJsonObject info(const QString &path)
+{
+    return QJsonDocument::fromJson(
+               run(QStringLiteral(TAVRO_MP4INFO), {QStringLiteral("--json"), path}).output)
+        .object();
+}
+
+/// One line for each packet of a film: stream, times, size and a hash of its bytes.
+QByteArray packets(const QString &path)
+{
+    return run(QStringLiteral("ffprobe"),
+               {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
+                QStringLiteral("packet=stream_index,pts,dts,duration,size,flags,data_hash"),
+                QStringLiteral("-show_data_hash"), QStringLiteral("md5"), QStringLiteral("-of"),
+                QStringLiteral("csv"), path})
+        .output;
+}
+
+QByteArray hashOf(const QString &path)
+{
+    QFile file(path);
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    return file.open(QIODevice::ReadOnly) && hash.addData(&file) ? hash.result() : QByteArray();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+class tst_Mp4Tools : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void tagsEveryFormOfFile_data();
+    void tagsEveryFormOfFile();
+    void tagsWhatIsAskedAndNoMore_data();
+    void tagsWhatIsAskedAndNoMore();
+    void offsetsThatOutgrow32BitsFollow();
+    void foreignAtomsStay();
+    void refusals_data();
+    void refusals();
+    void aFullDiskLeavesNothing();
+    void anInterruptedCopyLeavesNothing();
+    void infoSaysWhatFailed();
+    void infoSaysWhatIsNotUsed();
+
+private:
+    QString in(const char *name) const { return m_clips.filePath(QString::fromLatin1(name)); }
+
+    QString out() const { return m_out->filePath(QStringLiteral("out.mp4")); }
+
+    QStringList leftBehind() const
+    {
+        return QDir(m_out->path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    QTemporaryDir m_clips;
+    std::unique_ptr<QTemporaryDir> m_out;
+};
+
+void tst_Mp4Tools::initTestCase()
+{
+    const QList<QPair<const char *, QString>> clips = {
+        {"last.mp4", QString()},
+        {"first.mp4", QStringLiteral("-movflags +faststart")},
+        {"fragments.mp4", QStringLiteral("-movflags +frag_keyframe+empty_moov -g 5")},
+        {"clip.mov", QStringLiteral("-movflags +faststart")},
+    };
+    for (const auto &[name, options] : clips) {
+        QStringList arguments =
+            QStringLiteral(
+                "-v error -f lavfi -i testsrc=size=128x64:rate=25:duration=1 -f lavfi "
+                "-i sine=duration=1 -c:v libx264 -pix_fmt yuv420p -c:a aac")
+                .split(QLatin1Char(' '));
+        arguments += options.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        const Run made = run(QStringLiteral("ffmpeg"), arguments << in(name));
+        QVERIFY2(made.exitCode == 0, made.errors.constData());
+    }
+}
+
+void tst_Mp4Tools::init()
+{
+    m_out = std::make_unique<QTemporaryDir>();
+}
+
+void tst_Mp4Tools::tagsEveryFormOfFile_data()
+{
+    QTest::addColumn<QString>("clip");
+    for (const char *name : {"last.mp4", "first.mp4", "fragments.mp4", "clip.mov"})
+        QTest::newRow(name) << in(name);
+}
+
+void tst_Mp4Tools::tagsEveryFormOfFile()
+{
+    QFETCH(QString, clip);
+    const QByteArray before = hashOf(clip);
+    QStringList arguments = {clip, out()};
+    arguments += QStringLiteral(
+                     "--projection equirectangular --stereo top-bottom --yaw 90.9 "
+                     "--pitch -10 --roll 5 --tool Tagger")
+                     .split(QLatin1Char(' '));
+    const Run tagged = run(QStringLiteral(TAVRO_MP4TAG), arguments);
+    QVERIFY2(tagged.exitCode == 0, tagged.errors.constData());
+    QCOMPARE(hashOf(clip), before);
+    QCOMPARE(leftBehind(), QStringList{QStringLiteral("out.mp4")});
+
+    QJsonObject expected = info(clip);
+    expected[QStringLiteral("file")] = out();
+    expected[QStringLiteral("projection")] = 1;
+    expected[QStringLiteral("stereo_mode")] = 2;
+    expected[QStringLiteral("pose")] = QJsonArray{90, -10, 5};
+    expected[QStringLiteral("writing_tool")] = QStringLiteral("Tagger");
+    QCOMPARE(info(out()), expected);
+
+    const QByteArray whole = packets(clip);
+    QVERIFY(whole.count('\n') > 25);
+    QCOMPARE(packets(out()), whole);
+    const QByteArray seen =
+        run(QStringLiteral("ffprobe"),
+            {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_streams"), out()})
+            .output;
+    for (const char *tag : {"type=top and bottom", "projection=equirectangular", "pitch=-10"})
+        QVERIFY2(seen.contains(tag), seen.constData());
+
+    // Tagging the copy again replaces the tags.
+    const QString again = m_out->filePath(QStringLiteral("again.mp4"));
+    QCOMPARE(run(QStringLiteral(TAVRO_MP4TAG),
+                 {out(), again, QStringLiteral("--stereo"), QStringLiteral("mono")})
+                 .exitCode,
+             0);
+    expected[QStringLiteral("file")] = again;
+    expected[QStringLiteral("stereo_mode")] = 0;
+    QCOMPARE(info(again), expected);
+    QCOMPARE(packets(again), whole);
+}
+
+void tst_Mp4Tools::tagsWhatIsAskedAndNoMore_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<int>("projection");
+    QTest::addColumn<int>("stereoMode");
+    QTest::addColumn<QJsonArray>("pose");
+    QTest::addColumn<bool>("hasDocument"); // the older form, which knows no cube map
+    const auto row = [](const char *options, int projection, int stereoMode, const QJsonArray &pose,
+                        bool hasDocument) {
+        QTest::newRow(options) << QString::fromLatin1(options) << projection << stereoMode << pose
+                               << hasDocument;
+    };
+    row("", 0, 0, {0, 0, 0}, false);
+    row("--stereo left-right", 0, 1, {0, 0, 0}, false);
+    row("--projection cubemap --yaw -179", 256, 0, {-179, 0, 0}, false);
+    row("--projection equirectangular", 1, 0, {0, 0, 0}, true);
+    row("--pitch 45 --tool x", 0, 0, {0, 45, 0}, true);
+}
+
+void tst_Mp4Tools::tagsWhatIsAskedAndNoMore()
+{
+    QFETCH(QString, options);
+    QFETCH(bool, hasDocument);
+    const QStringList arguments =
+        QStringList{in("first.mp4"), out()} + options.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QCOMPARE(run(QStringLiteral(TAVRO_MP4TAG), arguments).exitCode, 0);
+    const QJsonObject seen = info(out());
+    QTEST(seen[QStringLiteral("projection")].toInt(), "projection");
+    QTEST(seen[QStringLiteral("stereo_mode")].toInt(), "stereoMode");
+    QTEST(seen[QStringLiteral("pose")].toArray(), "pose");
+    QFile file(out());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll().contains("rdf:SphericalVideo"), hasDocument);
+    if (options.isEmpty())
+        QCOMPARE(hashOf(out()), hashOf(in("first.mp4")));
+}
+
+void tst_Mp4Tools::offsetsThatOutgrow32BitsFollow()
+{
+    // One sample just below 4 GiB, behind the movie: its offset fits 32 bits until the movie grows.
+    constexpr uint32_t kPosition = 0xFFFFFF80;
+    TestTrack track;
+    track.samples = 1;
+    track.tables = {Box::full("stts").u32(1).u32(1).u32(1),
+                    Box::full("stsc").u32(1).u32(1).u32(1).u32(1),
+                    Box::full("stco").u32(1).u32(kPosition), Box::full("stsz").u32(100).u32(1)};
+    const QByteArray head = Box("ftyp").raw("isom").u32(0).bytes() + movie({track}).bytes();
+    const QByteArray media = QByteArray(100, 'm');
+    QFile file(m_out->filePath(QStringLiteral("in.mp4")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(head + Box("mdat").claimsWide(uint64_t{5} << 30).bytes());
+    QVERIFY(file.seek(kPosition) && file.write(media) == media.size());
+    QVERIFY(file.resize(head.size() + (qint64{5} << 30)));
+    file.close();
+
+    const Run tagged = run(QStringLiteral(TAVRO_MP4TAG),
+                           {file.fileName(), out(), QStringLiteral("--projection"),
+                            QStringLiteral("equirectangular")});
+    QVERIFY2(tagged.exitCode == 0, tagged.errors.constData());
+    MovFileReader reader;
+    SampleBuffer sample;
+    SampleInfo place;
+    QCOMPARE(reader.Open(out()), 0U);
+    QCOMPARE(reader.GetSampleInfo(0, &place), 0U);
+    QVERIFY(place.position > UINT32_MAX);
+    QCOMPARE(reader.ReadSample(0, &sample), 0U);
+    QVERIFY(std::memcmp(sample.GetData(), media.constData(), size_t(media.size())) == 0);
+    QCOMPARE(QFileInfo(out()).size() - file.size(), qint64(place.position - kPosition));
+}
+
+void tst_Mp4Tools::foreignAtomsStay()
+{
+    TestTrack track;
+    track.children = {Box("uuid").raw(QByteArray(16, 'f')).raw("foreign"), Box("abcd").raw("kept")};
+    track.descriptionChildren = {Box("efgh").raw("kept too")};
+    const QString path = m_out->filePath(QStringLiteral("in.mp4"));
+    QVERIFY(writeFile(path, movieFile(movie({track}, {Box("udta").child(Box("SETT").u32(1))}))));
+    QCOMPARE(run(QStringLiteral(TAVRO_MP4TAG),
+                 {path, out(), QStringLiteral("--tool"), QStringLiteral("x")})
+                 .exitCode,
+             0);
+    QFile file(out());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    for (const Box &atom : track.children + track.descriptionChildren)
+        QCOMPARE(bytes.count(atom.bytes()), 1);
+    QVERIFY(bytes.contains(Box("SETT").u32(1).bytes())); // rewriting it would reverse it
+}
+
+void tst_Mp4Tools::refusals_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("says");
+    const QString clip = in("last.mp4");
+    const QString link = in("link.mp4");
+    const QString hardLink = in("hard_link.mp4");
+    const QString text = in("text.mp4");
+    const QString sound = in("sound.mp4");
+    TestTrack track;
+    track.handler = "soun";
+    QVERIFY(QFile::link(clip, link) && ::link(qPrintable(clip), qPrintable(hardLink)) == 0);
+    QVERIFY(writeFile(text, "not a film at all") && writeFile(sound, movieFile(movie({track}))));
+    const auto row = [](const char *name, const QStringList &arguments, const char *says) {
+        QTest::newRow(name) << arguments << QByteArray(says);
+    };
+    const QString target = QStringLiteral("OUT");
+    row("no arguments", {}, "Usage");
+    row("one file", {clip}, "Usage");
+    row("an unknown option", {clip, target, QStringLiteral("--sideways")}, "Usage");
+    row("an unknown projection", {clip, target, QStringLiteral("--projection=flat")},
+        "--projection cannot be 'flat'");
+    row("an angle that is none", {clip, target, QStringLiteral("--yaw=ninety")},
+        "--yaw cannot be 'ninety'");
+    row("an angle without end", {clip, target, QStringLiteral("--roll=inf")},
+        "--roll cannot be 'inf'");
+    row("an empty tool", {clip, target, QStringLiteral("--tool=")}, "--tool cannot be ''");
+    row("a missing file", {in("none.mp4"), target}, "No such file");
+    row("a folder", {m_clips.path(), target}, "");
+    row("no film", {text, target}, "has no movie atom");
+    row("no video", {sound, target}, "has no video track");
+    row("the same file", {clip, clip}, "is the file to be copied");
+    row("a link to the same file", {clip, link}, "is the file to be copied");
+    row("another name of the same file", {clip, hardLink}, "is the file to be copied");
+    row("a folder that is not there", {clip, QStringLiteral("/nowhere/out.mp4")}, "/nowhere");
+}
+
+void tst_Mp4Tools::refusals()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, says);
+    const QByteArray before = hashOf(in("last.mp4"));
+    arguments.replaceInStrings(QStringLiteral("OUT"), out());
+    const Run refused = run(QStringLiteral(TAVRO_MP4TAG), arguments);
+    QCOMPARE(refused.exitCode, 1);
+    QVERIFY2(refused.errors.contains(says), refused.errors.constData());
+    QCOMPARE(leftBehind(), QStringList());
+    QCOMPARE(hashOf(in("last.mp4")), before);
+}
+
+void tst_Mp4Tools::aFullDiskLeavesNothing()
+{
+    QVERIFY(writeFile(out(), "what stood here"));
+    const QString command = QStringLiteral("ulimit -f 1; exec \"$0\" \"$@\"");
+    const Run failed = run(QStringLiteral("bash"),
+                           {QStringLiteral("-c"), command, QStringLiteral(TAVRO_MP4TAG),
+                            in("first.mp4"), out(), QStringLiteral("--stereo=mono")});
+    QCOMPARE(failed.exitCode, 1);
+    QVERIFY2(failed.errors.contains("File too large"), failed.errors.constData());
+    QCOMPARE(leftBehind(), QStringList{QStringLiteral("out.mp4")});
+    QCOMPARE(QFileInfo(out()).size(), qint64(15));
+}
+
+void tst_Mp4Tools::anInterruptedCopyLeavesNothing()
+{
+    std::atomic<bool> interrupted{false};
+    {
+        OutputFile file(out(), interrupted);
+        QVERIFY(file.open());
+        QVERIFY(file.append({1, 2, 3}));
+        interrupted = true;
+        QFile source(in("last.mp4"));
+        QVERIFY(source.open(QIODevice::ReadOnly));
+        QVERIFY(!file.appendFrom(source.handle(), 0, 1000));
+        QVERIFY(!file.commit());
+        QCOMPARE(file.errorString(), QStringLiteral("interrupted"));
+    }
+    QCOMPARE(leftBehind(), QStringList());
+}
+
+void tst_Mp4Tools::infoSaysWhatFailed()
+{
+    const QString text = m_out->filePath(QStringLiteral("a b \u00e4.mp4"));
+    const QString sound = m_out->filePath(QStringLiteral("sound.mp4"));
+    TestTrack track;
+    track.handler = "soun";
+    QVERIFY(writeFile(text, "not a film at all") && writeFile(sound, movieFile(movie({track}))));
+    const Run all =
+        run(QStringLiteral(TAVRO_MP4INFO), {QStringLiteral("--json"), text, sound, in("last.mp4")});
+    QCOMPARE(all.exitCode, 1);
+    const QList<QByteArray> lines = all.output.split('\n');
+    QCOMPARE(lines.size(), 4);
+    QCOMPARE(QJsonDocument::fromJson(lines.at(0)).object(),
+             (QJsonObject{{QStringLiteral("file"), text}, {QStringLiteral("open"), 2}}));
+    const QJsonObject silent = QJsonDocument::fromJson(lines.at(1)).object();
+    QCOMPARE(silent[QStringLiteral("open")].toInt(-1), 0);
+    QCOMPARE(silent[QStringLiteral("has_video")].toBool(true), false);
+    QCOMPARE(silent[QStringLiteral("frame_size")].toObject()[QStringLiteral("error")].toInt(),
+             0x40002);
+    QCOMPARE(silent[QStringLiteral("projection")].toObject()[QStringLiteral("error")].toInt(),
+             0x4000A);
+    const QJsonObject film = QJsonDocument::fromJson(lines.at(2)).object();
+    QCOMPARE(film[QStringLiteral("frame_size")].toArray(), (QJsonArray{128, 64}));
+    QCOMPARE(film[QStringLiteral("frame_rate")].toDouble(), 25.0);
+    QCOMPARE(film[QStringLiteral("tracks")].toInt(), 2);
+
+    QCOMPARE(run(QStringLiteral(TAVRO_MP4INFO), {in("last.mp4")}).exitCode, 0);
+    QVERIFY(run(QStringLiteral(TAVRO_MP4INFO), {text})
+                .output.contains("MovParser::Error  >>  ERROR_MISSING_MOVIE_HEADER"));
+    QCOMPARE(run(QStringLiteral(TAVRO_MP4INFO), {}).exitCode, 1);
+    QVERIFY(run(QStringLiteral(TAVRO_MP4INFO), {QStringLiteral("--tree"), in("last.mp4")})
+                .output.contains("|\t***** MovieHeaderAtom Begin\n"));
+}
+
+void tst_Mp4Tools::infoSaysWhatIsNotUsed()
+{
+    TestTrack track;
+    track.children = {
+        Box("uuid").zeros(16).raw("x<GSpherical:StereoMode>left-right</GSpherical:StereoMode>")};
+    track.descriptionChildren = {Box("sv3d").child(
+        Box("proj").child(Box::full("equi").zeros(16)).child(Box::full("cbmp").zeros(8)))};
+    const QString path = m_out->filePath(QStringLiteral("in.mp4"));
+    QVERIFY(writeFile(path, movieFile(movie({track}, {Box("udta").child(Box("CAME").u8(1))}))));
+    const QByteArray text = run(QStringLiteral(TAVRO_MP4INFO), {path}).output;
+    for (const char *line :
+         {"spherical document (V1, left-right", "cbmp in description 1 of track 1",
+          "CAME in the user data", "equirectangular  (sv3d of the first description)",
+          "mono  (st3d missing in the first description)"})
+        QVERIFY2(text.contains(line), text.constData());
+}
+
+QTEST_GUILESS_MAIN(tst_Mp4Tools)
+#include "tst_mp4_tools.moc"

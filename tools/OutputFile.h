@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+// The copy that grows under a name of its own and takes its final name in one step, so that nobody
+// ever sees half of it: a failure, an interruption or a crash leaves what stood there before.
+
+#include <QSaveFile>
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+/// A file that appears under its name when `commit` succeeds, or not at all.
+class OutputFile
+{
+public:
+    /// `interrupted` is asked between two blocks; once true, every operation fails. It must outlive
+    /// this object.
+    OutputFile(const QString &path, const std::atomic<bool> &interrupted);
+
+    bool open();
+
+    /// Appends bytes.
+    bool append(const std::vector<uint8_t> &bytes);
+
+    /// Appends `length` bytes of the file descriptor `source` from `position` on. Holes stay holes.
+    bool appendFrom(int source, uint64_t position, uint64_t length);
+
+    bool commit();
+
+    /// Why the last operation failed.
+    QString errorString() const { return m_error; }
+
+private:
+    bool copyData(int source, uint64_t position, uint64_t length);
+    bool failWithErrno(const char *what);
+    bool failIfInterrupted();
+
+    QSaveFile m_file;
+    const std::atomic<bool> &m_interrupted;
+    uint64_t m_position = 0;
+    bool m_canCopyInKernel = true;
+    QString m_error;
+};

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+// An atom as editable bytes. The atom classes of the library keep what the player models; a copy of
+// somebody's film must keep everything, so the tagger splices into the bytes instead of rewriting
+// them.
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+/// Big-endian numbers at `at`, which must have `bytes` (1 to 8) bytes.
+uint64_t readBigEndian(const uint8_t *at, size_t bytes);
+void writeBigEndian(uint8_t *at, size_t bytes, uint64_t value);
+
+/// The preamble of an atom.
+struct AtomHeader
+{
+    uint32_t type = 0;
+    uint64_t headerSize = 0; ///< 8, or 16 with a 64-bit size.
+    uint64_t size = 0; ///< Preamble included; 0 where the atom runs to the end of what holds it.
+
+    /// Parses the first bytes of an atom; false with fewer bytes than the preamble has, or a size
+    /// below the preamble's.
+    bool parse(const uint8_t *at, uint64_t available);
+};
+
+/// A node of the tree: a leaf until `split` makes a container of it.
+struct RawAtom
+{
+    uint32_t type = 0;
+    std::vector<uint8_t> fields; ///< A leaf's payload, or what precedes a container's first child.
+    std::vector<RawAtom> children;
+    std::vector<uint8_t> tail; ///< What follows the last child and is no atom.
+
+    /// Takes the payload apart into children that begin behind `fieldBytes` bytes. A second call
+    /// changes nothing. False where the payload is shorter than that.
+    bool split(size_t fieldBytes);
+
+    /// The first child of a type, or null.
+    RawAtom *child(uint32_t childType);
+
+    uint64_t size() const;
+    void appendTo(std::vector<uint8_t> *out) const;
+
+private:
+    bool m_isContainer = false;
+};

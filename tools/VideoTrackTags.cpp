@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tools/VideoTrackTags.h"
+
+#include "movparser/src/atom_moov.h"
+#include "movparser/src/video_sample_description.h"
+
+#include <algorithm>
+
+using namespace Tavro::MovParserLib;
+
+namespace {
+// The identifier of a `uuid` that holds spherical metadata; others are somebody else's.
+constexpr std::array<uint8_t, 16> kSphericalIdentifier = {
+    0xff, 0xcc, 0x82, 0x63, 0xf8, 0x55, 0x4a, 0x93, 0x88, 0x14, 0x58, 0x7a, 0x02, 0x52, 0x1f, 0xdd};
+
+bool isSphericalDocument(const RawAtom &atom)
+{
+    return atom.type == sphericalVideoLegacyAtom::kType
+        && atom.fields.size() >= kSphericalIdentifier.size()
+        && std::equal(kSphericalIdentifier.begin(), kSphericalIdentifier.end(),
+                      atom.fields.begin());
+}
+
+bool isSphericalAtom(const RawAtom &atom)
+{
+    return atom.type == stereoVideoAtom::kType || atom.type == sphericalVideoAtom::kType;
+}
+
+/// Reads an atom's bytes into an object of the library.
+bool parse(const RawAtom &raw, MovAtom *atom)
+{
+    std::vector<uint8_t> bytes;
+    raw.appendTo(&bytes);
+    FileBuffer buffer;
+    return buffer.Alloc(bytes.size(), bytes.data()) == FileBuffer::ERROR_OKAY
+        && atom->Read(buffer) == MovAtom::ERROR_OKAY;
+}
+
+/// Takes the matching children out of a container.
+template <class Predicate> void removeChildren(RawAtom *from, Predicate predicate)
+{
+    auto &children = from->children;
+    children.erase(std::remove_if(children.begin(), children.end(), predicate), children.end());
+}
+
+/// The library leaves the cursor behind the last field of these, wherever the atom ends: what
+/// stands behind an odd one is misread.
+bool misleadsReaders(const RawAtom &atom)
+{
+    return atom.type == PixelAspectAtom::kType || atom.type == ColorAtom::kType
+        || atom.type == FieldsAtom::kType;
+}
+
+/// Adds an object of the library, which may be absent, to a container.
+template <class Atom> bool addChild(RawAtom *to, const AtomPtr<Atom> &atom)
+{
+    if (!atom)
+        return true;
+    FileBuffer buffer;
+    const uint64_t size = atom->GetSize();
+    if (buffer.Alloc(size) != FileBuffer::ERROR_OKAY || atom->Write(buffer) != MovAtom::ERROR_OKAY)
+        return false;
+    RawAtom raw;
+    raw.type = atom->GetType();
+    constexpr uint64_t kPreamble = 8; // no atom of this kind is large
+    raw.fields.assign(buffer.GetData() + kPreamble, buffer.GetData() + size);
+    auto &children = to->children;
+    children.insert(std::find_if(children.begin(), children.end(), misleadsReaders),
+                    std::move(raw));
+    return true;
+}
+
+bool applyTags(TrackAtom *track, const MovieTags &tags, QString *why)
+{
+    const auto check = [why](MovAtom::Error error) {
+        if (error != MovAtom::ERROR_OKAY)
+            *why = QStringLiteral("cannot be tagged (error %1)").arg(error);
+        return error == MovAtom::ERROR_OKAY;
+    };
+    return (!tags.stereoMode || check(track->SetStereoMode(*tags.stereoMode)))
+        && (!tags.pose
+            || check(track->SetInitialPose((*tags.pose)[0], (*tags.pose)[1], (*tags.pose)[2])))
+        && (!tags.tool || check(track->SetWritingTool(*tags.tool, 0)))
+        && (tags.projection != kProjectionEquirectangular
+            || check(track->SetEquirectangular(0, 0, 0, 0)))
+        && (tags.projection != kProjectionCubemap || check(track->SetCubemap(0, 0)));
+}
+
+/// The raw atoms that the tags of a track lie in.
+struct TrackNodes
+{
+    RawAtom *track = nullptr;
+    RawAtom *description = nullptr;
+};
+
+/// Takes a container apart and gives its first child of a type.
+RawAtom *splitAndFind(RawAtom *container, size_t fieldBytes, uint32_t type)
+{
+    return container && container->split(fieldBytes) ? container->child(type) : nullptr;
+}
+
+bool findNodes(RawAtom *movie, size_t trackIndex, TrackNodes *nodes)
+{
+    constexpr size_t kTableHead = 8; // version, flags and the count
+    constexpr size_t kVideoFields = 78; // of a description, behind size and format
+    for (RawAtom &child : movie->children) {
+        if (child.type == TrackAtom::kType && trackIndex-- == 0)
+            nodes->track = &child;
+    }
+    RawAtom *media = splitAndFind(nodes->track, 0, MediaAtom::kType);
+    RawAtom *information = splitAndFind(media, 0, MediaInformationAtom::kType);
+    RawAtom *samples = splitAndFind(information, 0, SampleTableAtom::kType);
+    RawAtom *descriptions = splitAndFind(samples, 0, SampleDescriptionAtom::kType);
+    if (!descriptions || !descriptions->split(kTableHead) || descriptions->children.empty())
+        return false;
+    nodes->description = &descriptions->children.front();
+    return nodes->description->split(kVideoFields);
+}
+} // namespace
+
+bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why)
+{
+    MovieAtom parsed;
+    movie->split(0);
+    if (!parse(*movie, &parsed)) {
+        *why = QStringLiteral("has a movie atom that cannot be read");
+        return false;
+    }
+    TrackAtom *track = parsed.FindTrack(FourCC("vide"));
+    TrackNodes nodes;
+    if (!track || !findNodes(movie, static_cast<size_t>(track - parsed.tracks.data()), &nodes)) {
+        *why = QStringLiteral("has no video track with a description of its samples");
+        return false;
+    }
+
+    // The library takes the first `uuid` whatever it is; here only spherical metadata may be
+    // replaced.
+    track->spherical.reset();
+    const auto document = std::find_if(nodes.track->children.cbegin(), nodes.track->children.cend(),
+                                       isSphericalDocument);
+    if (document != nodes.track->children.cend() && !parse(*document, &track->spherical.Ensure()))
+        track->spherical.reset();
+
+    if (!applyTags(track, tags, why))
+        return false;
+    uint32_t projection = kProjectionUnknown;
+    if (track->GetProjection(&projection) == MovAtom::ERROR_OKAY
+        && projection == kProjectionCubemap)
+        track->spherical.reset(); // it would contradict: the older form knows no cube map
+
+    const VideoSampleDescription *description = track->SampleDescriptions()->Video();
+    removeChildren(nodes.description, isSphericalAtom);
+    removeChildren(nodes.track, isSphericalDocument);
+    if (addChild(nodes.description, description->stereo)
+        && addChild(nodes.description, description->spherical)
+        && addChild(nodes.track, track->spherical))
+        return true;
+    *why = QStringLiteral("cannot be tagged");
+    return false;
+}

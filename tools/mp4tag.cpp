@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// tavro-mp4tag: a copy of a film that says that it is a panorama, and how it is to be shown.
+
+#include "movparser/src/atom_proj.h"
+#include "tools/MovieTagger.h"
+#include "tools/OutputFile.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <getopt.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+using namespace Tavro::MovParserLib;
+
+namespace {
+constexpr char kUsage[] =
+    "Usage: tavro-mp4tag IN OUT [options]\n"
+    "Writes a copy of the film IN with spherical and stereo metadata to OUT.\n"
+    "\n"
+    "  --projection equirectangular|cubemap\n"
+    "  --stereo mono|left-right|top-bottom\n"
+    "  --yaw D --pitch D --roll D   the orientation to begin with, in degrees;\n"
+    "                               angles that are not given are 0\n"
+    "  --tool TEXT                  the program that made the film\n"
+    "  --help                       this text\n"
+    "\n"
+    "OUT appears when it is complete. IN is never changed.\n";
+
+constexpr int kYaw = 0;
+constexpr int kProjection = 'p';
+constexpr int kStereo = 's';
+constexpr int kTool = 't';
+constexpr int kHelp = 'h';
+
+std::atomic<bool> g_interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may only set such a flag");
+
+extern "C" void onSignal(int)
+{
+    g_interrupted = true;
+}
+
+int complain(const QString &text)
+{
+    std::fprintf(stderr, "tavro-mp4tag: %s\n", qPrintable(text));
+    return 1;
+}
+
+bool choose(const std::map<std::string, uint32_t> &choices, std::optional<uint32_t> *value)
+{
+    const auto found = choices.find(optarg);
+    if (found != choices.end())
+        *value = found->second;
+    return found != choices.end();
+}
+
+bool parseAngle(float *degrees)
+{
+    char *end = nullptr;
+    errno = 0;
+    *degrees = std::strtof(optarg, &end);
+    return end != optarg && *end == '\0' && errno == 0 && std::isfinite(*degrees);
+}
+
+/// Takes one option; false when its value is no value.
+bool takeOption(int option, MovieTags *tags)
+{
+    switch (option) {
+    case kProjection:
+        return choose(
+            {{"equirectangular", kProjectionEquirectangular}, {"cubemap", kProjectionCubemap}},
+            &tags->projection);
+    case kStereo:
+        return choose({{"mono", 0}, {"left-right", 1}, {"top-bottom", 2}}, &tags->stereoMode);
+    case kTool:
+        tags->tool = optarg;
+        return !tags->tool->empty();
+    default:
+        if (!tags->pose)
+            tags->pose.emplace();
+        return parseAngle(&(*tags->pose)[static_cast<size_t>(option - kYaw)]);
+    }
+}
+
+bool isSameFile(int file, const QString &path)
+{
+    struct stat one = {};
+    struct stat other = {};
+    return fstat(file, &one) == 0 && stat(QFile::encodeName(path).constData(), &other) == 0
+        && one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+int tag(const QString &in, const QString &out, const MovieTags &tags)
+{
+    QFile input(in);
+    if (!input.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return complain(in + QStringLiteral(": ") + input.errorString());
+    if (isSameFile(input.handle(), out))
+        return complain(out + QStringLiteral(": is the file to be copied"));
+    MovieTagger tagger;
+    if (!tagger.read(input.handle()) || !tagger.apply(tags))
+        return complain(in + QStringLiteral(": ") + tagger.errorString());
+    OutputFile output(out, g_interrupted);
+    if (!output.open())
+        return complain(out + QStringLiteral(": ") + output.errorString());
+    if (!tagger.write(&output))
+        return complain(in + QStringLiteral(": ") + tagger.errorString());
+    if (!output.commit())
+        return complain(out + QStringLiteral(": ") + output.errorString());
+    return 0;
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const option options[] = {{"projection", required_argument, nullptr, kProjection},
+                              {"stereo", required_argument, nullptr, kStereo},
+                              {"yaw", required_argument, nullptr, kYaw},
+                              {"pitch", required_argument, nullptr, kYaw + 1},
+                              {"roll", required_argument, nullptr, kYaw + 2},
+                              {"tool", required_argument, nullptr, kTool},
+                              {"help", no_argument, nullptr, kHelp},
+                              {nullptr, 0, nullptr, 0}};
+    MovieTags tags;
+    for (int option = 0, index = 0;
+         (option = getopt_long(argc, argv, "", options, &index)) != -1;) {
+        if (option == kHelp) {
+            std::fputs(kUsage, stdout);
+            return 0;
+        }
+        if (option == '?') {
+            std::fputs(kUsage, stderr);
+            return 1;
+        }
+        if (!takeOption(option, &tags))
+            return complain(
+                QStringLiteral("--%1 cannot be '%2'")
+                    .arg(QLatin1String(options[index].name), QFile::decodeName(optarg)));
+    }
+    if (argc - optind != 2) {
+        std::fputs(kUsage, stderr);
+        return 1;
+    }
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        sigaction(signal, &action, nullptr);
+    // A file that may not grow any more is an error like a full disk.
+    signal(SIGXFSZ, SIG_IGN);
+    return tag(QFile::decodeName(argv[optind]), QFile::decodeName(argv[optind + 1]), tags);
+}
