@@ -25,6 +25,13 @@ VxQQuickView::VxQQuickView(VxContext *context)
             Qt::DirectConnection);
 }
 
+VxQQuickView::~VxQQuickView()
+{
+    // The rendering thread would go on drawing, and its signals come to what is no longer of this
+    // class. Hiding waits for its last frame.
+    hide();
+}
+
 void VxQQuickView::fullScreenMode(bool enabled)
 {
     if (enabled)

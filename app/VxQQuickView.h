@@ -20,6 +20,7 @@ class VxQQuickView : public QQuickView
 
 public:
     explicit VxQQuickView(VxContext *context);
+    ~VxQQuickView() override;
 
     bool isFullScreen() const { return m_fullScreen; }
 
