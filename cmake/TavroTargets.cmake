@@ -23,11 +23,17 @@ function(tavro_library name)
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE tavro_options ${ARG_PRIVATE})
 endfunction()
 
+# For every test, beside what it asks for itself.
+set(TAVRO_TEST_ENVIRONMENT LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/common/lsan.supp)
+
 # tavro_test(NAME SOURCES... LIBS... [DISPLAY|DESKTOP] [TIMEOUT n] [ENVIRONMENT...]): one test
 # program. DISPLAY runs it under an X server of its own, DESKTOP adds a window manager.
 function(tavro_test name)
   cmake_parse_arguments(ARG "DISPLAY;DESKTOP" "TIMEOUT" "SOURCES;LIBS;ENVIRONMENT" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
+  if(TAVRO_SANITIZE MATCHES address)
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/common/keep_modules.cpp)
+  endif()
   set_target_properties(${name} PROPERTIES AUTOMOC ON)
   target_link_libraries(${name} PRIVATE tavro_options ${ARG_LIBS} Qt5::Test)
   target_compile_definitions(${name} PRIVATE TAVRO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
@@ -44,5 +50,6 @@ function(tavro_test name)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
+  list(APPEND ARG_ENVIRONMENT ${TAVRO_TEST_ENVIRONMENT})
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${ARG_ENVIRONMENT}")
 endfunction()

@@ -230,7 +230,7 @@ void TestCamera::straightUpAndDown_data()
 }
 
 // Yaw and roll turn about one axis there, and the angle that remains is reported as the pitch, with
-// a quarter turn of yaw: devices were calibrated against this.
+// a quarter turn of yaw: what sends such a matrix reads the angles back this way.
 void TestCamera::straightUpAndDown()
 {
     QFETCH(float, yaw);

@@ -105,11 +105,16 @@ void TestInterface::init()
 
 void TestInterface::cleanup()
 {
+    // A signal that is still on its way from the rendering thread when its sender goes is never
+    // freed.
+    m_view->hide();
+    QCoreApplication::sendPostedEvents();
     // Before what their bindings read; what was made first, others were given.
     while (!m_objects.isEmpty())
         delete m_objects.takeLast();
     m_view.reset();
     m_app.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 QObject *TestInterface::create(const QString &file, const QVariantMap &properties)

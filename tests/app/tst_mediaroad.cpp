@@ -325,7 +325,7 @@ void TestMediaRoad::thumbnail()
     QFETCH(QString, medium);
     const QString picture = make(existing);
     QFETCH(bool, found);
-    // One slash before an absolute path: older interfaces take the address apart like this.
+    // One slash before the path's own: the interface's pictures read that as a local file.
     QCOMPARE(m_controller->getThumb(url(medium)), found ? "file:/" + picture : QString());
 }
 

@@ -10,6 +10,7 @@
 #include <QOpenGLFunctions>
 #include <QQuickWindow>
 #include <QRunnable>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <atomic>
@@ -76,6 +77,28 @@ inline QImage download(QQuickWindow &window, GLuint id, const QSize &size)
         gl->glDeleteFramebuffers(1, &framebuffer);
     });
     return image;
+}
+
+/// Why a window cannot be given a new scene graph in this run; null where it can.
+inline const char *noNewSceneGraph()
+{
+    if (qgetenv("QSG_RENDER_LOOP") == "basic")
+        return "This render loop keeps its scene graph as long as the window is there.";
+#ifdef __SANITIZE_ADDRESS__
+    return "A rendering thread that starts anew leaks the surface that it had for its cleanup.";
+#else
+    return nullptr;
+#endif
+}
+
+/// Hides a window together with its scene graph; false when that stays.
+inline bool hideWithSceneGraph(QQuickWindow &window)
+{
+    window.setPersistentOpenGLContext(false);
+    window.setPersistentSceneGraph(false);
+    QSignalSpy gone(&window, &QQuickWindow::sceneGraphInvalidated);
+    window.hide();
+    return QTest::qWaitFor([&] { return gone.count() == 1; });
 }
 
 /// Counts the frames that a window has shown.

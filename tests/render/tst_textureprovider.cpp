@@ -307,18 +307,14 @@ void TestTextureProvider::newSceneGraph_data()
 void TestTextureProvider::newSceneGraph()
 {
     QFETCH(bool, isImage);
-    if (qgetenv("QSG_RENDER_LOOP") == "basic")
-        QSKIP("This render loop keeps its scene graph as long as the window is there.");
-    m_view->setPersistentOpenGLContext(false);
-    m_view->setPersistentSceneGraph(false);
+    if (RenderThread::noNewSceneGraph())
+        QSKIP(RenderThread::noNewSceneGraph());
     m_provider->setShaderEffectSource(m_source, isImage);
     QVERIFY(m_frames->wait(3));
     setCorner("cyan");
     QVERIFY(waitForTexture());
 
-    QSignalSpy gone(m_view.get(), &QQuickWindow::sceneGraphInvalidated);
-    m_view->hide();
-    QTRY_COMPARE(gone.count(), 1);
+    QVERIFY(RenderThread::hideWithSceneGraph(*m_view));
     QCOMPARE(m_provider->textureId(), 0);
     m_view->show();
     QVERIFY(m_frames->wait(3));

@@ -460,17 +460,13 @@ void TestVistrelView::keepsAnUnchangedFrame()
 
 void TestVistrelView::newSceneGraph()
 {
-    if (qgetenv("QSG_RENDER_LOOP") == "basic")
-        QSKIP("This render loop keeps its scene graph as long as the window is there.");
+    if (RenderThread::noNewSceneGraph())
+        QSKIP(RenderThread::noNewSceneGraph());
     FakeInterface interface;
     m_app->uiManager = &interface;
-    m_window->setPersistentOpenGLContext(false);
-    m_window->setPersistentSceneGraph(false);
     for (int times = 0; times < 2; ++times) {
         QVERIFY(m_frames->wait(3)); // with the interface, whose programs must go too
-        QSignalSpy gone(m_window.get(), &QQuickWindow::sceneGraphInvalidated);
-        m_window->hide();
-        QTRY_COMPARE(gone.count(), 1);
+        QVERIFY(RenderThread::hideWithSceneGraph(*m_window));
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         interface.activated = false;
