@@ -253,7 +253,7 @@ void measure(const std::string &folder, const char *name, uint32_t samples, bool
     if (reader.Open(movie.path()) != 0)
         return;
     const Pair walks = race(
-        3, [&reader, samples] { return timeToWalk(reader, samples); },
+        9, [&reader, samples] { return timeToWalk(reader, samples); },
         [&reader, samples] { return timeToWalk(reader, samples / 2); });
     std::printf("  walk over all samples %.1f ms, over half of them %.1f ms, ratio %.2f\n",
                 walks.ours * 1e3, walks.reference * 1e3, walks.ratio());

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movparser/src/generic_buffer.h"
 
-#include "movparser/src/large_block.h"
-
 #include <algorithm>
 #include <cassert>
 #include <cstdlib>
@@ -13,14 +11,12 @@ namespace {
 
 void *SystemAlloc(unsigned long size, unsigned long alignment)
 {
-    void *block = nullptr;
     if (alignment <= 1)
-        block = std::malloc(size);
+        return std::malloc(size);
     // posix_memalign wants a multiple of the size of a pointer.
-    else if (posix_memalign(&block, std::max<unsigned long>(alignment, sizeof(void *)), size) != 0)
+    void *block = nullptr;
+    if (posix_memalign(&block, std::max<unsigned long>(alignment, sizeof(void *)), size) != 0)
         return nullptr;
-    if (block)
-        PrepareLargeBlock(block, size);
     return block;
 }
 
