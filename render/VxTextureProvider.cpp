@@ -118,7 +118,9 @@ void VxTextureProvider::onBeforeSynchronizing()
         m_sgTextureProvider = nullptr;
     }
     if (m_shaderEffectSource) {
-        m_sgTextureProvider = textureItem()->textureProvider();
+        QQuickItem *item = textureItem();
+        m_drawnLater = m_isImage && item == m_shaderEffectSource;
+        m_sgTextureProvider = item->textureProvider();
         if (m_sgTextureProvider) {
             connect(m_sgTextureProvider, &QSGTextureProvider::textureChanged, this,
                     &VxTextureProvider::expectRendering, Qt::DirectConnection);
@@ -172,12 +174,12 @@ void VxTextureProvider::onQsgTextureChanged()
     noteNewContent();
 }
 
-// On the rendering thread, while the scene is synchronised. The item draws its texture only after
-// the synchronisation that tells of the change, so a still image would have to wait for the next
-// tick of the timer: it is looked at once more when the frame is drawn.
+// On the rendering thread, while the scene is synchronised. An item that is no picture draws its
+// texture only after the synchronisation that tells of the change, so a still image of it would
+// have to wait for the next tick of the timer: it is looked at once more when the frame is drawn.
 void VxTextureProvider::expectRendering()
 {
-    m_awaitsRendering = m_isImage;
+    m_awaitsRendering = m_drawnLater;
 }
 
 // On the rendering thread, after each frame.

@@ -99,6 +99,7 @@ private:
     // Of the rendering thread:
     QPointer<QSGTextureProvider> m_sgTextureProvider; // not owned
     QPointer<QTimer> m_refreshTimer; // goes with the scene graph
+    bool m_drawnLater = false; // the texture exists only after the frame that announces it
     bool m_awaitsRendering = false;
     QOpenGLFunctions *m_copyFunctions = nullptr; // of the scene graph's context
     std::unique_ptr<QOpenGLShaderProgram> m_copyProgram;
