@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/FramePacer.h"
 
-#include <QQuickItem>
+#include <QQuickPaintedItem>
 #include <QQuickWindow>
 #include <QScreen>
 
-FramePacer::FramePacer(QQuickItem *item)
+FramePacer::FramePacer(QQuickPaintedItem *item)
     : QObject(item)
     , m_item(item)
 {
@@ -24,7 +24,8 @@ void FramePacer::requestFrame()
 {
     m_timer.stop();
     m_sinceRequest.start();
-    m_item->update();
+    // The base class fills what is to be painted first, and the item paints over all of it anyway.
+    m_item->update(QRect(0, 0, 1, 1));
 }
 
 void FramePacer::onFrameSwapped()

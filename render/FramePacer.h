@@ -9,7 +9,7 @@
 #include <QObject>
 #include <QTimer>
 
-class QQuickItem;
+class QQuickPaintedItem;
 class QQuickWindow;
 
 /// Asks an item for its frames: at once after a frame that differed from the one before, at the
@@ -20,7 +20,7 @@ class FramePacer : public QObject
     Q_OBJECT
 
 public:
-    explicit FramePacer(QQuickItem *item);
+    explicit FramePacer(QQuickPaintedItem *item);
 
     /// Begins the loop; \a window shows the item.
     void start(QQuickWindow *window);
@@ -39,7 +39,7 @@ private Q_SLOTS:
 private:
     int refreshIntervalMs() const;
 
-    QQuickItem *m_item; // not owned
+    QQuickPaintedItem *m_item; // not owned
     QTimer m_timer;
     QElapsedTimer m_sinceRequest;
     bool m_changed = true;

@@ -213,6 +213,8 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     m_painted = m_state;
     m_frameKept = true;
 
+    // The painter's clip, which is as small as the rectangle that was asked for.
+    gl->glDisable(GL_SCISSOR_TEST);
     gl->glClearColor(kBackground, kBackground, kBackground, 1);
     gl->glClear(GL_COLOR_BUFFER_BIT);
     if (!hasTexture)
