@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QMap>
 #include <QProcess>
@@ -18,8 +19,6 @@
 #include <QThread>
 
 #include <algorithm>
-#include <cmath>
-#include <functional>
 #include <vector>
 
 namespace {
@@ -46,20 +45,25 @@ double least(const std::vector<double> &values)
     return values.empty() ? 0 : *std::min_element(values.begin(), values.end());
 }
 
-/// A picture that is as hard to decode as a photograph: light that changes slowly, and grain.
+/// A picture that is as hard to decode as a photograph: light that changes slowly, shapes of all
+/// sizes, and grain.
 void writePhoto(const QString &file, QSize size)
 {
     QImage picture(size, QImage::Format_RGB32);
-    unsigned seed = 1;
+    const auto noise = [](unsigned x, unsigned y) {
+        unsigned value = x * 374761393U + y * 668265263U;
+        value = (value ^ (value >> 13)) * 1274126177U;
+        return int((value ^ (value >> 16)) & 31U) - 16;
+    };
     for (int y = 0; y < size.height(); ++y) {
         auto *row = reinterpret_cast<QRgb *>(picture.scanLine(y));
         for (int x = 0; x < size.width(); ++x) {
-            seed = seed * 1664525 + 1013904223;
-            const int grain = int(seed >> 28) - 8;
-            const int light = 255 * y / size.height();
-            const int wave = (x / 97 + y / 61) % 64;
-            row[x] = qRgb(std::clamp(light + grain, 0, 255), std::clamp(96 + wave + grain, 0, 255),
-                          std::clamp(220 - light / 2 + grain, 0, 255));
+            int shapes = 0;
+            for (unsigned scale = 0; scale < 7; scale += 2)
+                shapes += noise(unsigned(x) >> scale, unsigned(y) >> scale) * int(scale + 2) / 4;
+            const int light = 200 * y / size.height();
+            row[x] = qRgb(std::clamp(light + shapes, 0, 255), std::clamp(110 + shapes, 0, 255),
+                          std::clamp(220 - light + shapes, 0, 255));
         }
     }
     picture.save(file, "JPEG", 90);
@@ -188,7 +192,7 @@ public:
             ratios.push_back(playerTime / (readTime + viewTime));
         }
         out() << QStringLiteral(
-                     "start, %1x%2: player %3 ms, reader %4 ms, empty view %5 ms; ratio "
+                     "start, %1x%2, %9 MB: player %3 ms, reader %4 ms, empty view %5 ms; ratio "
                      "of the medians %6, of the least %7, median of the ratios %8\n")
                      .arg(size.width())
                      .arg(size.height())
@@ -197,7 +201,8 @@ public:
                      .arg(median(view), 0, 'f', 0)
                      .arg(median(player) / (median(reading) + median(view)), 0, 'f', 2)
                      .arg(least(player) / (least(reading) + least(view)), 0, 'f', 2)
-                     .arg(median(ratios), 0, 'f', 2);
+                     .arg(median(ratios), 0, 'f', 2)
+                     .arg(double(QFileInfo(m_photo).size()) / 1e6, 0, 'f', 1);
         out().flush();
     }
 

@@ -114,6 +114,8 @@ void VistrelView::init(QObject *application)
     connect(builder, &VxShaderCodeBuilder::invertedColorsChanged, this, dirty);
     connect(builder, &VxShaderCodeBuilder::texturePixelFormatChanged, this, dirty);
 
+    connect(window, &QQuickWindow::afterSynchronizing, this, &VistrelView::catchUp,
+            Qt::DirectConnection);
     connect(window, &QQuickWindow::sceneGraphInvalidated, this, &VistrelView::releaseGraphics,
             Qt::DirectConnection);
 
@@ -178,8 +180,10 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     if (!m_context)
         return QQuickPaintedItem::updatePaintNode(node, data);
     // Nothing of a hidden item is seen; the loop goes on when it is shown.
-    if (!isVisible())
+    if (!isVisible()) {
+        m_frameKept = false;
         return node;
+    }
     m_state = currentState();
     // A new node brings a new framebuffer, possibly under the old one's number. Without a texture
     // no shader is used.
@@ -188,13 +192,24 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     m_pacer->setChanged(!kept);
     if (!kept) {
         m_frameKept = false;
-        return QQuickPaintedItem::updatePaintNode(node, data);
+        m_node = QQuickPaintedItem::updatePaintNode(node, data);
+        return m_node;
     }
     // The base class would clear the framebuffer before it lets us paint. A scene without any
     // change would not be swapped, and the next frame hangs on the swap of this one.
     node->markDirty(QSGNode::DirtyMaterial);
     computeFps();
     return node;
+}
+
+// On the rendering thread, with the main thread held. A still image's texture comes while the scene
+// is synchronised, after this item or before it; its first frame must not wait for the next one.
+void VistrelView::catchUp()
+{
+    if (!m_node || !m_frameKept || m_painted.textureId == m_context->textureProvider()->textureId())
+        return;
+    m_state = currentState();
+    QQuickPaintedItem::updatePaintNode(m_node, nullptr);
 }
 
 // On the rendering thread, with the main thread held.
@@ -343,6 +358,7 @@ void VistrelView::releaseGraphics()
     m_fastBlur = std::make_unique<FastBlur>();
     m_shaderDirty = true;
     m_frameKept = false;
+    m_node = nullptr;
 }
 
 void VistrelView::announceFirstFrame()

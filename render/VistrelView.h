@@ -77,6 +77,8 @@ private:
         bool operator==(const FrameState &other) const;
     };
 
+    /// Paints once more if the synchronisation brought a texture after the item's turn in it.
+    void catchUp();
     /// Drops what lives in the scene graph's context. Rendering thread, with that context current.
     void releaseGraphics();
     FrameState currentState() const;
@@ -112,6 +114,7 @@ private:
     int m_viewportWidth = -1; // device pixels
     int m_viewportHeight = -1;
 
+    QSGNode *m_node = nullptr; // the scene graph's; null before the first frame
     FrameState m_state; // of the frame that is being painted
     FrameState m_painted; // of the frame that the framebuffer holds
     bool m_frameKept = false; // the framebuffer holds a finished frame of m_painted
