@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Where the planes of a picture lie in memory and in the texture that they are moved into.
+
+#include "video/Texture.h"
+#include "video/VideoFormat.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+
+/// How a picture's planes lie in one block of memory. Pitches, offsets and sizes are in bytes.
+struct FrameLayout
+{
+    VideoFormat format = VideoFormat::None;
+    int bitsPerPixel = 0;
+    std::array<unsigned, 3> pitches{};
+    std::array<unsigned, 3> lines{};
+    std::array<std::size_t, 3> offsets{};
+    /// All planes together.
+    std::size_t totalSize = 0;
+    /// The texture that holds the block, and the bytes of one of its texels.
+    int bytesPerTexel = 0;
+    int textureWidth = 0;
+    int textureHeight = 0;
+
+    int planeCount() const;
+
+    /// The layout of a picture of `width` by `height` pixels. Formats with half the chroma across
+    /// need an even width. A size or format that cannot be laid out gives a `totalSize` of 0.
+    static FrameLayout make(VideoFormat format, int width, int height);
+    /// The width to lay out for a picture of `width` pixels. Chroma rows only share the luma's
+    /// rows evenly when these are of even length.
+    static int paddedWidth(VideoFormat format, int width);
+};
+
+/// The memory for one picture and the texture that it ends in. Every operation, construction and
+/// destruction included, needs the same context current. The frame road, from map() to commit(),
+/// allocates nothing.
+class VideoFrameBuffers
+{
+public:
+    VideoFrameBuffers();
+    ~VideoFrameBuffers();
+    VideoFrameBuffers(const VideoFrameBuffers &) = delete;
+    VideoFrameBuffers &operator=(const VideoFrameBuffers &) = delete;
+
+    /// Makes everything for pictures of this kind; once per object. False when the size is beyond
+    /// the driver's limits or something could not be made.
+    bool setUp(VideoFormat format, int width, int height);
+
+    const FrameLayout &layout() const { return m_layout; }
+
+    Texture::Transfer transfer() const { return m_texture.transfer(); }
+
+    GLuint textureId() const { return m_texture.textureId(); }
+
+    /// Where the planes of the next picture are to be written. A picture that was begun and not
+    /// committed is forgotten. Null planes when the driver gives no memory.
+    std::array<void *, 3> map();
+    /// Moves the picture into the texture. With `wait` the upload is ordered before whatever
+    /// follows. Nothing happens when no picture was begun.
+    void commit(bool wait);
+
+private:
+    FrameLayout m_layout;
+    Texture m_texture;
+    bool m_async = false;
+    GLenum m_target = 0;
+    GLint m_internalFormat = 0;
+    GLenum m_pixelFormat = 0;
+    std::unique_ptr<unsigned char[]> m_client; // null where the driver gives the memory
+    void *m_begun = nullptr; // the memory of the picture being written
+};
