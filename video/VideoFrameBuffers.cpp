@@ -142,20 +142,27 @@ bool VideoFrameBuffers::setUp(VideoFormat format, int width, int height)
             m_layout.pitches[0] = static_cast<unsigned>(stride);
         return true;
     }
+    m_client = allocateMemory();
+    return m_client != nullptr;
+}
+
+std::unique_ptr<unsigned char[]> VideoFrameBuffers::allocateMemory() const
+{
     const std::size_t size = std::size_t(m_layout.textureWidth)
         * std::size_t(m_layout.textureHeight) * std::size_t(m_layout.bytesPerTexel);
-    m_client.reset(new (std::nothrow) unsigned char[size]());
-    return m_client != nullptr;
+    return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[size]());
 }
 
 std::array<void *, 3> VideoFrameBuffers::map()
 {
     m_begun = m_client ? m_client.get() : m_texture.map(nullptr);
+    // The decoder writes in any case.
+    if (!m_begun && !m_waste)
+        m_waste = allocateMemory();
+    void *memory = m_begun ? m_begun : m_waste.get();
     std::array<void *, 3> planes{};
-    if (m_begun) {
-        for (int plane = 0; plane < m_layout.planeCount(); ++plane)
-            planes[plane] = static_cast<unsigned char *>(m_begun) + m_layout.offsets[plane];
-    }
+    for (int plane = 0; plane < m_layout.planeCount(); ++plane)
+        planes[plane] = static_cast<unsigned char *>(memory) + m_layout.offsets[plane];
     return planes;
 }
 

@@ -57,13 +57,15 @@ public:
     GLuint textureId() const { return m_texture.textureId(); }
 
     /// Where the planes of the next picture are to be written. A picture that was begun and not
-    /// committed is forgotten. Null planes when the driver gives no memory.
+    /// committed is forgotten. When the driver gives no memory the picture goes to waste.
     std::array<void *, 3> map();
     /// Moves the picture into the texture. With `wait` the upload is ordered before whatever
     /// follows. Nothing happens when no picture was begun.
     void commit(bool wait);
 
 private:
+    std::unique_ptr<unsigned char[]> allocateMemory() const;
+
     FrameLayout m_layout;
     Texture m_texture;
     bool m_async = false;
@@ -71,5 +73,6 @@ private:
     GLint m_internalFormat = 0;
     GLenum m_pixelFormat = 0;
     std::unique_ptr<unsigned char[]> m_client; // null where the driver gives the memory
-    void *m_begun = nullptr; // the memory of the picture being written
+    std::unique_ptr<unsigned char[]> m_waste; // for a picture that the driver has no memory for
+    void *m_begun = nullptr; // the memory of the picture being written; null: none, or wasted
 };

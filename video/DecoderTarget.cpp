@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/DecoderTarget.h"
+
+#include "video/VideoFrameBuffers.h"
+#include "video/YuvConverter.h"
+
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
+#include <QOpenGLFunctions>
+#include <QThread>
+
+namespace {
+
+constexpr int kNoConverter = 0;
+
+int converterFourcc(VideoFormat format)
+{
+    switch (format) {
+    case VideoFormat::YUYV:
+        return fourcc("YUYV");
+    case VideoFormat::UYVY:
+        return fourcc("UYVY");
+    case VideoFormat::I420:
+    case VideoFormat::J420:
+        return fourcc("I420");
+    case VideoFormat::YV12:
+        return fourcc("YV12");
+    case VideoFormat::NV12:
+        return fourcc("NV12");
+    case VideoFormat::None:
+    case VideoFormat::BGRA:
+    case VideoFormat::RV32:
+        break;
+    }
+    return kNoConverter;
+}
+
+} // namespace
+
+DecoderTarget::DecoderTarget() = default;
+DecoderTarget::~DecoderTarget() = default;
+
+bool DecoderTarget::belongsToCurrentThread() const
+{
+    return m_context && m_context->thread() == QThread::currentThread();
+}
+
+bool DecoderTarget::makeCurrent(QOpenGLContext *root, QOffscreenSurface *surface)
+{
+    if (!belongsToCurrentThread()) {
+        m_context = std::make_unique<QOpenGLContext>();
+        m_context->setShareContext(root);
+        m_context->setFormat(surface->format());
+        if (!m_context->create()) {
+            m_context.reset();
+            return false;
+        }
+    }
+    m_surface = surface;
+    return m_context->makeCurrent(m_surface);
+}
+
+void DecoderTarget::makeCurrent()
+{
+    m_context->makeCurrent(m_surface);
+}
+
+bool DecoderTarget::hasExtension(const char *name) const
+{
+    return m_context->hasExtension(name);
+}
+
+bool DecoderTarget::setUp(VideoFormat format, const QSize &size, bool studioRange, bool tessarel)
+{
+    m_converter.reset();
+    m_framebuffer.reset();
+    m_frame = std::make_unique<VideoFrameBuffers>();
+    if (!m_frame->setUp(format, FrameLayout::paddedWidth(format, size.width()), size.height()))
+        return false;
+    if (const int source = converterFourcc(format)) {
+        m_framebuffer = std::make_unique<QOpenGLFramebufferObject>(
+            size, QOpenGLFramebufferObject::CombinedDepthStencil, GL_TEXTURE_2D);
+        m_converter = std::make_unique<YuvConverter>(source, fourcc("RGBA"), studioRange, tessarel);
+        if (!m_converter->isValid() || !m_framebuffer->isValid())
+            return false;
+    }
+    flush();
+    return true;
+}
+
+std::array<void *, 3> DecoderTarget::map()
+{
+    const std::array<void *, 3> planes = m_frame->map();
+    flush();
+    return planes;
+}
+
+void DecoderTarget::commit()
+{
+    m_frame->commit(true);
+}
+
+GLuint DecoderTarget::draw()
+{
+    if (!m_converter)
+        return m_frame->textureId();
+    m_framebuffer->bind();
+    m_converter->convert(m_frame->textureId(), m_framebuffer->width(), m_framebuffer->height());
+    m_framebuffer->release();
+    return m_framebuffer->texture();
+}
+
+void DecoderTarget::flush()
+{
+    m_context->functions()->glFlush();
+}
+
+void DecoderTarget::drop()
+{
+    if (!m_context)
+        return;
+    makeCurrent();
+    m_converter.reset();
+    m_frame.reset();
+    m_framebuffer.reset();
+    m_context->doneCurrent();
+}
+
+void DecoderTarget::deleteContext()
+{
+    m_context.reset();
+}

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// What a decoder's thread draws into: its OpenGL context, the frame that is written, and the
+// texture that the picture ends in.
+
+#include "video/VideoFormat.h"
+
+#include <QSize>
+#include <qopengl.h>
+
+#include <array>
+#include <memory>
+
+class QOffscreenSurface;
+class QOpenGLContext;
+class QOpenGLFramebufferObject;
+class VideoFrameBuffers;
+class YuvConverter;
+
+/// Everything but deleteContext() runs on the decoder's thread.
+class DecoderTarget
+{
+public:
+    DecoderTarget();
+    /// drop() and deleteContext() come first.
+    ~DecoderTarget();
+    DecoderTarget(const DecoderTarget &) = delete;
+    DecoderTarget &operator=(const DecoderTarget &) = delete;
+
+    /// Makes a context current that belongs to the calling thread and shares with `root`. The one
+    /// of an earlier thread, which has ended, is deleted.
+    bool makeCurrent(QOpenGLContext *root, QOffscreenSurface *surface);
+    /// Whether makeCurrent(root, surface) would take the context that is there.
+    bool belongsToCurrentThread() const;
+    /// Makes the context current that the calling thread made current before.
+    void makeCurrent();
+    bool hasExtension(const char *name) const;
+
+    /// Makes the frame and, for YUV, the converter and the framebuffer that it draws into;
+    /// four-byte pixels need neither. `studioRange` and `tessarel` as in the converter.
+    bool setUp(VideoFormat format, const QSize &size, bool studioRange, bool tessarel);
+
+    const VideoFrameBuffers *frame() const { return m_frame.get(); }
+
+    /// Where the next picture is to be written.
+    std::array<void *, 3> map();
+    /// Moves the written picture into the frame's texture.
+    void commit();
+    /// The texture that shows the committed picture, red and blue exchanged.
+    GLuint draw();
+    /// Hands what was asked so far to the card, so that other contexts see it.
+    void flush();
+
+    /// Deletes the frame, the converter and the framebuffer and leaves no context current, so that
+    /// the thread may end.
+    void drop();
+
+    /// Only after the decoder's thread has ended.
+    void deleteContext();
+
+private:
+    QOffscreenSurface *m_surface = nullptr; // the item's
+    std::unique_ptr<QOpenGLContext> m_context;
+    std::unique_ptr<QOpenGLFramebufferObject> m_framebuffer;
+    std::unique_ptr<VideoFrameBuffers> m_frame;
+    std::unique_ptr<YuvConverter> m_converter;
+};

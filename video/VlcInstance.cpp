@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "video/VlcInstance.h"
+
+#include "settings/VxVlcOptions.h"
+
+#include <QByteArray>
+#include <QLoggingCategory>
+
+#include <vlc/vlc.h>
+
+#include <vector>
+
+Q_LOGGING_CATEGORY(lcVlc, "tavro.video", QtWarningMsg)
+
+libvlc_instance_t *vlcInstance()
+{
+    static libvlc_instance_t *instance = nullptr;
+    if (instance)
+        return instance;
+    const VxVlcOptions *options = VxVlcOptions::instance();
+    std::vector<QByteArray> texts;
+    for (const QString &argument :
+         options ? options->instanceArguments() : VxVlcOptions().instanceArguments())
+        texts.push_back(argument.toUtf8());
+    std::vector<const char *> arguments;
+    for (const QByteArray &text : texts)
+        arguments.push_back(text.constData());
+    instance = libvlc_new(static_cast<int>(arguments.size()), arguments.data());
+    if (!instance)
+        qCWarning(lcVlc) << "libvlc refuses its arguments";
+    return instance;
+}

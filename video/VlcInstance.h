@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// libvlc's engine, one for the process.
+
+struct libvlc_instance_t;
+
+/// Made at the first call, with the arguments that are set then; null when libvlc refuses them,
+/// and then asked again at the next call. Lives until the process ends. Main thread only.
+libvlc_instance_t *vlcInstance();

@@ -1,0 +1,431 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The main thread's half: properties, commands and libvlc's objects.
+#include "video/VxVlcPlayerQml.h"
+
+#include "settings/VxVlcOptions.h"
+#include "video/Texture.h"
+#include "video/VlcInstance.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QOpenGLContext>
+
+#include <vlc/vlc.h>
+
+#include <algorithm>
+#include <limits>
+
+Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
+
+namespace {
+
+constexpr libvlc_event_type_t kMediaEvents[] = {libvlc_MediaStateChanged,
+                                                libvlc_MediaParsedChanged};
+constexpr libvlc_event_type_t kPlayerEvents[] = {
+    libvlc_MediaPlayerTimeChanged, libvlc_MediaPlayerEncounteredError, libvlc_MediaPlayerStopped,
+    libvlc_MediaPlayerAudioVolume};
+
+int toInt(qint64 milliseconds)
+{
+    return static_cast<int>(
+        std::min<qint64>(std::max<qint64>(milliseconds, 0), std::numeric_limits<int>::max()));
+}
+
+} // namespace
+
+/// While it lives, a decoder that waits for its surface gives up at once. Whatever makes libvlc
+/// join its threads on the main thread does so under one: the surface is made on this very thread,
+/// and each would wait for the other.
+class VxVlcPlayerQml::DecoderRelease
+{
+public:
+    explicit DecoderRelease(VxVlcPlayerQml *player)
+        : m_player(player)
+    {
+        set(true);
+        m_player->m_surfaceOrRelease.wakeAll();
+    }
+
+    ~DecoderRelease() { set(false); }
+
+private:
+    void set(bool releasing)
+    {
+        const QMutexLocker locker(&m_player->m_mutex);
+        m_player->m_releasing = releasing;
+    }
+
+    VxVlcPlayerQml *m_player;
+};
+
+VxVlcPlayerQml::VxVlcPlayerQml(QQuickItem *parent)
+    : QQuickPaintedItem(parent)
+{
+    // The base class keeps a picture of this size; the item's own may be that of an 8K frame.
+    setTextureSize(QSize(1, 1));
+}
+
+VxVlcPlayerQml::~VxVlcPlayerQml()
+{
+    desinitVlcMediaInstance();
+    desinitVlcPlayerInstance();
+}
+
+float VxVlcPlayerQml::volume() const
+{
+    const bool asked = m_player && !m_volumePending;
+    const int percent = asked ? libvlc_audio_get_volume(m_player) : m_volumePercent;
+    return static_cast<float>(percent) / 100.0f;
+}
+
+void VxVlcPlayerQml::setVolume(float volume)
+{
+    m_volumePercent = static_cast<int>(volume * 100);
+    if (m_player)
+        libvlc_audio_set_volume(m_player, m_volumePercent);
+    Q_EMIT volumeChanged();
+}
+
+void VxVlcPlayerQml::setNativeSize(bool nativeSize)
+{
+    if (m_nativeSize.exchange(nativeSize) != nativeSize)
+        Q_EMIT nativeSizeChanged();
+}
+
+void VxVlcPlayerQml::setYaw(float yaw)
+{
+    if (qFuzzyCompare(m_yaw, yaw))
+        return;
+    m_yaw = yaw;
+    Q_EMIT yawChanged();
+}
+
+void VxVlcPlayerQml::setPitch(float pitch)
+{
+    if (qFuzzyCompare(m_pitch, pitch))
+        return;
+    m_pitch = pitch;
+    Q_EMIT pitchChanged();
+}
+
+void VxVlcPlayerQml::setRoll(float roll)
+{
+    if (qFuzzyCompare(m_roll, roll))
+        return;
+    m_roll = roll;
+    Q_EMIT rollChanged();
+}
+
+void VxVlcPlayerQml::setTextureId(int textureId)
+{
+    if (m_textureId.exchange(textureId) != textureId)
+        Q_EMIT textureIdChanged();
+}
+
+void VxVlcPlayerQml::setPaintTexture(bool paintTexture)
+{
+    if (m_paintTexture == paintTexture)
+        return;
+    m_paintTexture = paintTexture;
+    Q_EMIT paintTextureChanged();
+}
+
+QString VxVlcPlayerQml::textureTransfer() const
+{
+    return Texture::transferName(m_transfer);
+}
+
+QString VxVlcPlayerQml::texturePixelFormat() const
+{
+    return videoFormatName(m_format);
+}
+
+QVariantMap VxVlcPlayerQml::fileMetadata() const
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_fileMetadata;
+}
+
+void VxVlcPlayerQml::setFileMetadata(const QVariantMap &fileMetadata)
+{
+    {
+        const QMutexLocker locker(&m_mutex);
+        if (m_fileMetadata == fileMetadata)
+            return;
+        m_fileMetadata = fileMetadata;
+    }
+    Q_EMIT fileMetadataChanged();
+}
+
+void VxVlcPlayerQml::openFile(const QUrl &url)
+{
+    if (url.isEmpty())
+        return;
+    qCDebug(lcTiming) << "video: opening" << url;
+    m_source = url;
+    initVlcPlayerInstance();
+    // The old medium's output would otherwise stay until the new one has a picture, go on showing
+    // its last one, and pass it off as the new medium's.
+    stop();
+    desinitVlcMediaInstance();
+    initVlcMediaInstance();
+    if (m_player && m_media) {
+        libvlc_media_player_set_media(m_player, m_media);
+        startPlaying();
+    } else {
+        const int generation = ++m_generation;
+        QMetaObject::invokeMethod(
+            this,
+            [this, generation] {
+                handleError(generation, tr("libvlc cannot be started with these arguments."));
+                handleState(generation, Error, {});
+            },
+            Qt::QueuedConnection);
+    }
+    Q_EMIT volumeChanged();
+    Q_EMIT sourceChanged();
+}
+
+// What libvlc reports from here on belongs to a new run of the medium.
+void VxVlcPlayerQml::startPlaying()
+{
+    ++m_generation;
+    m_state = Idle;
+    m_errorTold = false;
+    m_durationTold = 0;
+    m_volumePending = m_volumePercent >= 0;
+    libvlc_media_player_play(m_player);
+    // libvlc forgets the delay with each medium.
+    const VxVlcOptions *options = VxVlcOptions::instance();
+    if (options && options->audioDelay != 0)
+        updateAudioDelay();
+}
+
+void VxVlcPlayerQml::pause()
+{
+    if (m_player)
+        libvlc_media_player_set_pause(m_player, 1);
+}
+
+void VxVlcPlayerQml::play()
+{
+    if (!m_player || !m_media)
+        return;
+    switch (libvlc_media_player_get_state(m_player)) {
+    case libvlc_Ended:
+    case libvlc_Error:
+        // libvlc ignores the command where a run has ended.
+        restart();
+        break;
+    case libvlc_NothingSpecial:
+    case libvlc_Stopped:
+        startPlaying();
+        break;
+    default:
+        libvlc_media_player_play(m_player);
+        break;
+    }
+}
+
+void VxVlcPlayerQml::restart()
+{
+    if (m_source.isEmpty())
+        return;
+    desinitVlcMediaInstance();
+    openFile(m_source);
+}
+
+void VxVlcPlayerQml::stop()
+{
+    // Before the texture is deleted: a renderer that takes its picture while the main thread waits
+    // for libvlc must not find the old name.
+    setTextureId(0);
+    if (!m_player)
+        return;
+    {
+        const DecoderRelease release(this);
+        libvlc_media_player_stop(m_player);
+    }
+    m_target.deleteContext();
+    m_displays = 0;
+}
+
+void VxVlcPlayerQml::seek(int offset)
+{
+    if (!m_player)
+        return;
+    libvlc_media_player_set_time(m_player, offset);
+    // Only a medium that plays reports its time.
+    if (!libvlc_media_player_is_playing(m_player))
+        Q_EMIT positionChanged(offset);
+}
+
+void VxVlcPlayerQml::updateAudioDelay()
+{
+    const VxVlcOptions *options = VxVlcOptions::instance();
+    if (m_player && options)
+        libvlc_audio_set_delay(m_player, qint64{options->audioDelay} * 1000);
+}
+
+void VxVlcPlayerQml::initVlcPlayerInstance()
+{
+    if (m_player)
+        return;
+    libvlc_instance_t *instance = vlcInstance();
+    m_player = instance ? libvlc_media_player_new(instance) : nullptr;
+    if (!m_player)
+        return;
+    libvlc_event_manager_t *events = libvlc_media_player_event_manager(m_player);
+    for (const libvlc_event_type_t type : kPlayerEvents)
+        libvlc_event_attach(events, type, onEvent, this);
+    libvlc_video_set_callbacks(m_player, onLock, onUnlock, onDisplay, this);
+    libvlc_video_set_format_callbacks(m_player, onFormat, onCleanup);
+}
+
+void VxVlcPlayerQml::desinitVlcPlayerInstance()
+{
+    if (!m_player)
+        return;
+    libvlc_event_manager_t *events = libvlc_media_player_event_manager(m_player);
+    for (const libvlc_event_type_t type : kPlayerEvents)
+        libvlc_event_detach(events, type, onEvent, this);
+    stop();
+    libvlc_media_player_release(m_player);
+    m_player = nullptr;
+}
+
+void VxVlcPlayerQml::initVlcMediaInstance()
+{
+    const VxVlcOptions *options = VxVlcOptions::instance();
+    m_shaderColorConversion = options && options->shaderColorConversion;
+    libvlc_instance_t *instance = vlcInstance();
+    libvlc_media_t *media = instance
+        ? libvlc_media_new_location(instance,
+                                    m_source.toString(QUrl::FullyEncoded).toUtf8().constData())
+        : nullptr;
+    if (!media)
+        return;
+    libvlc_event_manager_t *events = libvlc_media_event_manager(media);
+    for (const libvlc_event_type_t type : kMediaEvents)
+        libvlc_event_attach(events, type, onEvent, this);
+    for (const QString &option : options ? options->mediaOptions() : VxVlcOptions().mediaOptions())
+        libvlc_media_add_option(media, option.toUtf8().constData());
+    const QMutexLocker locker(&m_mutex);
+    m_media = media;
+    m_videoTrack = VideoTrack();
+}
+
+// The events go first: the manager dies with the last reference to the medium.
+void VxVlcPlayerQml::desinitVlcMediaInstance()
+{
+    if (!m_media)
+        return;
+    libvlc_media_t *media = m_media;
+    libvlc_event_manager_t *events = libvlc_media_event_manager(media);
+    for (const libvlc_event_type_t type : kMediaEvents)
+        libvlc_event_detach(events, type, onEvent, this);
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_media = nullptr;
+    }
+    libvlc_media_release(media);
+}
+
+void VxVlcPlayerQml::handleState(int generation, int state, const QString &error)
+{
+    // libvlc tells the end twice, and ends again what has failed: that would start the next medium.
+    if (generation != m_generation || state == m_state || (state == Ended && m_state == Error))
+        return;
+    if (state == Ended && nothingWasPlayable()) {
+        handleError(generation, error);
+        state = Error;
+    }
+    if (state == Error)
+        handleError(generation, error);
+    if (state == Playing)
+        applyVolume();
+    m_state = state;
+    Q_EMIT vlcStateChanged(state);
+}
+
+// Once for each opening; libvlc reports a failure by its state and by an event of its own.
+void VxVlcPlayerQml::handleError(int generation, const QString &error)
+{
+    if (generation != m_generation || m_errorTold)
+        return;
+    m_errorTold = true;
+    Q_EMIT errorStringChanged(error);
+}
+
+void VxVlcPlayerQml::handleVolume(int generation)
+{
+    if (generation != m_generation)
+        return;
+    applyVolume();
+    Q_EMIT volumeChanged();
+}
+
+// A volume that is set before there is an audio output does not reach it.
+void VxVlcPlayerQml::applyVolume()
+{
+    if (m_volumePending && m_player)
+        m_volumePending = libvlc_audio_set_volume(m_player, m_volumePercent) != 0;
+}
+
+void VxVlcPlayerQml::handleTime(int generation, qint64 time)
+{
+    if (generation != m_generation)
+        return;
+    // Some containers do not tell their length at first.
+    if (m_durationTold <= 0 && m_player)
+        handleDuration(generation, libvlc_media_player_get_length(m_player));
+    Q_EMIT positionChanged(toInt(time));
+}
+
+void VxVlcPlayerQml::handleDuration(int generation, qint64 duration)
+{
+    if (generation != m_generation || toInt(duration) == m_durationTold)
+        return;
+    m_durationTold = toInt(duration);
+    Q_EMIT durationChanged(m_durationTold);
+}
+
+// A file that is no medium at all "ends" as soon as it was opened, without an error of libvlc's.
+bool VxVlcPlayerQml::nothingWasPlayable() const
+{
+    if (m_displays > 0 || !m_media)
+        return false;
+    libvlc_media_track_t **tracks = nullptr;
+    const unsigned count = libvlc_media_tracks_get(m_media, &tracks);
+    const bool audible = std::any_of(tracks, tracks + count, [](const libvlc_media_track_t *track) {
+        return track->i_type == libvlc_track_audio;
+    });
+    if (tracks)
+        libvlc_media_tracks_release(tracks, count);
+    return !audible;
+}
+
+// Queued from libvlc's threads.
+void VxVlcPlayerQml::resizeToFrame()
+{
+    QSize size;
+    {
+        const QMutexLocker locker(&m_mutex);
+        size = m_videoTrack.size;
+    }
+    if (!size.isEmpty())
+        setSize(size);
+}
+
+// Surfaces have to be made on the main thread.
+void VxVlcPlayerQml::initFakeSurfaces()
+{
+    for (int i = 0; i < 2; ++i) {
+        auto surface = std::make_unique<QOffscreenSurface>();
+        surface->setFormat(m_rootContext->format());
+        surface->create();
+        const QMutexLocker locker(&m_mutex);
+        m_surfaces[i] = std::move(surface);
+    }
+    m_surfaceOrRelease.wakeAll();
+}

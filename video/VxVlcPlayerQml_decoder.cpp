@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The half that runs on other threads: the scene graph's, where the contexts begin to share, and
+// libvlc's, on which pictures and events arrive. Nothing here waits for the main thread but
+// waitForSurface(), which ends when the main thread is about to wait for libvlc.
+#include "video/Texture.h"
+#include "video/VideoFrameBuffers.h"
+#include "video/VxVlcPlayerQml.h"
+
+#include <QDateTime>
+#include <QLoggingCategory>
+#include <QOpenGLContext>
+
+#include <vlc/vlc.h>
+
+#include <cstring>
+
+Q_LOGGING_CATEGORY(lcVideo, "tavro.video", QtWarningMsg)
+Q_DECLARE_LOGGING_CATEGORY(lcTiming)
+
+namespace {
+
+// The first pictures of a stream are often incomplete.
+constexpr int kSkippedDisplays = 2;
+
+// A codec whose pictures are in studio range although their chroma does not say so.
+constexpr quint32 kStudioRangeCodec = static_cast<quint32>(fourcc("VLFD"));
+
+VxVlcPlayerQml *itemOf(void *opaque)
+{
+    return static_cast<VxVlcPlayerQml *>(opaque);
+}
+
+} // namespace
+
+// On the rendering thread, the main thread waiting.
+QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
+{
+    QOpenGLContext *current = QOpenGLContext::currentContext();
+    if (!m_rootContext && current) {
+        auto root = std::make_unique<QOpenGLContext>();
+        root->setFormat(current->format());
+        root->setShareContext(current);
+        if (root->create()) {
+            m_rootContext = std::move(root);
+            m_transfer = Texture(false).transfer();
+            QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces,
+                                      Qt::QueuedConnection);
+            Q_EMIT textureTransferChanged();
+        }
+    }
+    return QQuickPaintedItem::updatePaintNode(node, data);
+}
+
+unsigned VxVlcPlayerQml::onFormat(void **opaque, char *chroma, unsigned *width, unsigned *height,
+                                  unsigned *pitches, unsigned *lines)
+{
+    return itemOf(*opaque)->format(chroma, width, height, pitches, lines);
+}
+
+void VxVlcPlayerQml::onCleanup(void *opaque)
+{
+    itemOf(opaque)->cleanup();
+}
+
+void *VxVlcPlayerQml::onLock(void *opaque, void **planes)
+{
+    itemOf(opaque)->lock(planes);
+    return nullptr;
+}
+
+// The picture is taken at its display.
+void VxVlcPlayerQml::onUnlock(void *, void *, void *const *) { }
+
+void VxVlcPlayerQml::onDisplay(void *opaque, void *)
+{
+    itemOf(opaque)->display();
+}
+
+// Passes everything on to the main thread, also what is reported there: libvlc holds a lock around
+// this call, and a receiver may well open the next medium.
+void VxVlcPlayerQml::onEvent(const libvlc_event_t *event, void *opaque)
+{
+    VxVlcPlayerQml *item = itemOf(opaque);
+    const int generation = item->m_generation;
+    const auto post = [item](auto report) {
+        QMetaObject::invokeMethod(item, report, Qt::QueuedConnection);
+    };
+    const auto errorText = [] {
+        const char *text = libvlc_errmsg();
+        return text ? QString::fromUtf8(text) : QStringLiteral("Unknown Error");
+    };
+    switch (event->type) {
+    case libvlc_MediaPlayerTimeChanged: {
+        const qint64 time = event->u.media_player_time_changed.new_time;
+        post([=] { item->handleTime(generation, time); });
+        break;
+    }
+    case libvlc_MediaPlayerAudioVolume:
+        post([=] { item->handleVolume(generation); });
+        break;
+    case libvlc_MediaPlayerEncounteredError:
+        post([=, error = errorText()] { item->handleError(generation, error); });
+        break;
+    case libvlc_MediaStateChanged: {
+        const int state = event->u.media_state_changed.new_state;
+        post([=, error = errorText()] { item->handleState(generation, state, error); });
+        break;
+    }
+    case libvlc_MediaParsedChanged: {
+        // The medium is parsed by now; asking for it here would wait for this very thread.
+        auto *media = static_cast<libvlc_media_t *>(event->p_obj);
+        const qint64 duration = libvlc_media_get_duration(media);
+        const VideoTrack track = item->readTracks(media);
+        {
+            const QMutexLocker locker(&item->m_mutex);
+            item->m_videoTrack = track;
+        }
+        post([=] { item->handleDuration(generation, duration); });
+        break;
+    }
+    default: // the stop is reported by the medium's state
+        break;
+    }
+}
+
+VxVlcPlayerQml::VideoTrack VxVlcPlayerQml::readTracks(libvlc_media_t *media)
+{
+    VideoTrack video;
+    libvlc_media_track_t **tracks = nullptr;
+    const unsigned count = libvlc_media_tracks_get(media, &tracks);
+    for (unsigned i = 0; i < count; ++i) {
+        if (tracks[i]->i_type != libvlc_track_video)
+            continue;
+        video.codec = tracks[i]->i_codec;
+        video.size = QSize(static_cast<int>(tracks[i]->video->i_width),
+                           static_cast<int>(tracks[i]->video->i_height));
+    }
+    if (tracks)
+        libvlc_media_tracks_release(tracks, count);
+    return video;
+}
+
+// The size that the file tells; libvlc's own, which may be padded, only where the file tells none.
+VxVlcPlayerQml::VideoTrack VxVlcPlayerQml::trackForFormat(unsigned width, unsigned height)
+{
+    libvlc_media_t *media = nullptr;
+    {
+        const QMutexLocker locker(&m_mutex);
+        if (!m_videoTrack.size.isEmpty() || !m_media)
+            return m_videoTrack;
+        media = m_media;
+        libvlc_media_retain(media);
+    }
+    VideoTrack track = readTracks(media);
+    libvlc_media_release(media);
+    if (track.size.isEmpty())
+        track.size = QSize(static_cast<int>(width), static_cast<int>(height));
+    const QMutexLocker locker(&m_mutex);
+    m_videoTrack = track;
+    return track;
+}
+
+// False when the player is being stopped.
+bool VxVlcPlayerQml::waitForSurface()
+{
+    const QMutexLocker locker(&m_mutex);
+    while (!m_surfaces[1] && !m_releasing)
+        m_surfaceOrRelease.wait(&m_mutex);
+    return !m_releasing;
+}
+
+unsigned VxVlcPlayerQml::format(char *chroma, unsigned *width, unsigned *height, unsigned *pitches,
+                                unsigned *lines)
+{
+    if (!waitForSurface())
+        return 0;
+    VideoFormat code = videoFormatFromChroma(chroma);
+    const bool fullRangeChroma = code == VideoFormat::J420;
+    const VideoTrack track = trackForFormat(*width, *height);
+    *width = static_cast<unsigned>(track.size.width());
+    *height = static_cast<unsigned>(track.size.height());
+
+    // Each thread's context has a surface of its own.
+    if (!m_target.belongsToCurrentThread())
+        m_nextSurface = 1 - m_nextSurface;
+    if (!m_target.makeCurrent(m_rootContext.get(), m_surfaces[m_nextSurface].get()))
+        return 0;
+    if (m_nativeSize)
+        QMetaObject::invokeMethod(this, &VxVlcPlayerQml::resizeToFrame, Qt::QueuedConnection);
+
+    // A mapped texture holds four-byte pixels only.
+    const bool convert = m_shaderColorConversion && !m_target.hasExtension("GL_INTEL_map_texture");
+    if (!convert || code == VideoFormat::None) {
+        code = VideoFormat::BGRA;
+        std::memcpy(chroma, "BGRA", 4);
+    }
+    const bool studioRange = fullRangeChroma || track.codec == kStudioRangeCodec;
+    const bool tessarel = isYuv(code)
+        && fileMetadata()
+               .value(QStringLiteral("Writing Tool"))
+               .toString()
+               .contains(QLatin1String("Tessarel"));
+    if (!m_target.setUp(code, track.size, studioRange, tessarel)) {
+        m_target.drop();
+        return 0;
+    }
+    const FrameLayout &layout = m_target.frame()->layout();
+    for (int plane = 0; plane < 3; ++plane) {
+        pitches[plane] = layout.pitches[plane];
+        lines[plane] = layout.lines[plane];
+    }
+    m_format = code;
+    m_transfer = m_target.frame()->transfer();
+    qCInfo(lcVideo).noquote() << "pictures of" << track.size << "as" << texturePixelFormat() << "by"
+                              << textureTransfer();
+    Q_EMIT texturePixelFormatChanged();
+    Q_EMIT textureTransferChanged();
+    return 1;
+}
+
+void VxVlcPlayerQml::cleanup()
+{
+    setTextureId(0);
+    m_target.drop();
+    m_fpsCounter = 0;
+    if (m_fps.exchange(0) != 0)
+        Q_EMIT fpsChanged();
+}
+
+void VxVlcPlayerQml::lock(void **planes)
+{
+    m_target.makeCurrent();
+    const std::array<void *, 3> memory = m_target.map();
+    for (int plane = 0; plane < m_target.frame()->layout().planeCount(); ++plane)
+        planes[plane] = memory[plane];
+}
+
+void VxVlcPlayerQml::display()
+{
+    m_target.makeCurrent();
+    m_target.commit();
+    updateTexture();
+    m_target.flush();
+    if (m_displays > kSkippedDisplays)
+        Q_EMIT frameDisplayed();
+    computeFps();
+}
+
+// On the decoder's thread, its context current.
+void VxVlcPlayerQml::updateTexture()
+{
+    const GLuint texture = m_target.draw();
+    const int displays = ++m_displays;
+    if (displays <= kSkippedDisplays)
+        return;
+    if (displays == kSkippedDisplays + 1)
+        qCDebug(lcTiming) << "video: first picture";
+    setTextureId(static_cast<int>(texture));
+}
+
+// On the decoder's thread.
+void VxVlcPlayerQml::computeFps()
+{
+    const qint64 second = QDateTime::currentMSecsSinceEpoch() / 1000;
+    if (second <= m_fpsSecond) {
+        ++m_fpsCounter;
+        return;
+    }
+    m_fps = m_fpsCounter + 1;
+    m_fpsSecond = second;
+    m_fpsCounter = 0;
+    qCDebug(lcVideo) << m_fps << "pictures a second";
+    Q_EMIT fpsChanged();
+}
