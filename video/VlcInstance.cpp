@@ -6,17 +6,32 @@
 #include <QByteArray>
 #include <QLoggingCategory>
 
+#include <malloc.h>
 #include <vlc/vlc.h>
 
 #include <vector>
 
 Q_LOGGING_CATEGORY(lcVlc, "tavro.video", QtWarningMsg)
 
+namespace {
+
+// Each opening starts a dozen threads, whose heaps would each keep the peak of what pictures took.
+void limitHeaps()
+{
+    constexpr int kLargeBlock = 4 << 20; // a picture, but no packet
+    mallopt(M_ARENA_MAX, 2);
+    mallopt(M_MMAP_THRESHOLD, kLargeBlock);
+    mallopt(M_TRIM_THRESHOLD, kLargeBlock);
+}
+
+} // namespace
+
 libvlc_instance_t *vlcInstance()
 {
     static libvlc_instance_t *instance = nullptr;
     if (instance)
         return instance;
+    limitHeaps();
     const VxVlcOptions *options = VxVlcOptions::instance();
     std::vector<QByteArray> texts;
     for (const QString &argument :
