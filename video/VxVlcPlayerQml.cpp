@@ -43,7 +43,7 @@ public:
         : m_player(player)
     {
         set(true);
-        m_player->m_surfaceOrRelease.wakeAll();
+        m_player->m_surfaceOrRelease.notify_all();
     }
 
     ~DecoderRelease() { set(false); }
@@ -51,7 +51,7 @@ public:
 private:
     void set(bool releasing)
     {
-        const QMutexLocker locker(&m_player->m_mutex);
+        const std::lock_guard locker(m_player->m_mutex);
         m_player->m_releasing = releasing;
     }
 
@@ -142,14 +142,14 @@ QString VxVlcPlayerQml::texturePixelFormat() const
 
 QVariantMap VxVlcPlayerQml::fileMetadata() const
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard locker(m_mutex);
     return m_fileMetadata;
 }
 
 void VxVlcPlayerQml::setFileMetadata(const QVariantMap &fileMetadata)
 {
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         if (m_fileMetadata == fileMetadata)
             return;
         m_fileMetadata = fileMetadata;
@@ -193,6 +193,7 @@ void VxVlcPlayerQml::startPlaying()
     m_state = Idle;
     m_errorTold = false;
     m_durationTold = 0;
+    m_displays = 0;
     m_volumePending = m_volumePercent >= 0;
     libvlc_media_player_play(m_player);
     // libvlc forgets the delay with each medium.
@@ -242,12 +243,13 @@ void VxVlcPlayerQml::stop()
     setTextureId(0);
     if (!m_player)
         return;
+    // An end that is still on its way must not start the next medium.
+    ++m_generation;
     {
         const DecoderRelease release(this);
         libvlc_media_player_stop(m_player);
     }
     m_target.deleteContext();
-    m_displays = 0;
 }
 
 void VxVlcPlayerQml::seek(int offset)
@@ -310,7 +312,7 @@ void VxVlcPlayerQml::initVlcMediaInstance()
         libvlc_event_attach(events, type, onEvent, this);
     for (const QString &option : options ? options->mediaOptions() : VxVlcOptions().mediaOptions())
         libvlc_media_add_option(media, option.toUtf8().constData());
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard locker(m_mutex);
     m_media = media;
     m_videoTrack = VideoTrack();
 }
@@ -325,7 +327,7 @@ void VxVlcPlayerQml::desinitVlcMediaInstance()
     for (const libvlc_event_type_t type : kMediaEvents)
         libvlc_event_detach(events, type, onEvent, this);
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         m_media = nullptr;
     }
     libvlc_media_release(media);
@@ -410,7 +412,7 @@ void VxVlcPlayerQml::resizeToFrame()
 {
     QSize size;
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         size = m_videoTrack.size;
     }
     if (!size.isEmpty())
@@ -424,8 +426,8 @@ void VxVlcPlayerQml::initFakeSurfaces()
         auto surface = std::make_unique<QOffscreenSurface>();
         surface->setFormat(m_rootContext->format());
         surface->create();
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         m_surfaces[i] = std::move(surface);
     }
-    m_surfaceOrRelease.wakeAll();
+    m_surfaceOrRelease.notify_all();
 }

@@ -6,16 +6,16 @@
 
 #include "video/DecoderTarget.h"
 
-#include <QMutex>
 #include <QOffscreenSurface>
 #include <QQuickPaintedItem>
 #include <QUrl>
 #include <QVariantMap>
-#include <QWaitCondition>
 
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 
 struct libvlc_event_t;
 struct libvlc_media_player_t;
@@ -221,8 +221,8 @@ private:
     qint64 m_fpsSecond = 0;
     int m_nextSurface = 0;
 
-    mutable QMutex m_mutex; // guards what follows, and m_media
-    QWaitCondition m_surfaceOrRelease;
+    mutable std::mutex m_mutex; // guards what follows, and m_media
+    std::condition_variable m_surfaceOrRelease;
     bool m_releasing = false; // libvlc's threads are about to be joined
     std::unique_ptr<QOpenGLContext> m_rootContext;
     std::array<std::unique_ptr<QOffscreenSurface>, 2> m_surfaces;

@@ -112,7 +112,7 @@ void VxVlcPlayerQml::onEvent(const libvlc_event_t *event, void *opaque)
         const qint64 duration = libvlc_media_get_duration(media);
         const VideoTrack track = item->readTracks(media);
         {
-            const QMutexLocker locker(&item->m_mutex);
+            const std::lock_guard locker(item->m_mutex);
             item->m_videoTrack = track;
         }
         post([=] { item->handleDuration(generation, duration); });
@@ -145,7 +145,7 @@ VxVlcPlayerQml::VideoTrack VxVlcPlayerQml::trackForFormat(unsigned width, unsign
 {
     libvlc_media_t *media = nullptr;
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         if (!m_videoTrack.size.isEmpty() || !m_media)
             return m_videoTrack;
         media = m_media;
@@ -155,7 +155,7 @@ VxVlcPlayerQml::VideoTrack VxVlcPlayerQml::trackForFormat(unsigned width, unsign
     libvlc_media_release(media);
     if (track.size.isEmpty())
         track.size = QSize(static_cast<int>(width), static_cast<int>(height));
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard locker(m_mutex);
     m_videoTrack = track;
     return track;
 }
@@ -163,9 +163,8 @@ VxVlcPlayerQml::VideoTrack VxVlcPlayerQml::trackForFormat(unsigned width, unsign
 // False when the player is being stopped.
 bool VxVlcPlayerQml::waitForSurface()
 {
-    const QMutexLocker locker(&m_mutex);
-    while (!m_surfaces[1] && !m_releasing)
-        m_surfaceOrRelease.wait(&m_mutex);
+    std::unique_lock locker(m_mutex);
+    m_surfaceOrRelease.wait(locker, [this] { return m_surfaces[1] || m_releasing; });
     return !m_releasing;
 }
 
@@ -175,8 +174,9 @@ unsigned VxVlcPlayerQml::format(char *chroma, unsigned *width, unsigned *height,
     if (!waitForSurface())
         return 0;
     VideoFormat code = videoFormatFromChroma(chroma);
-    const bool fullRangeChroma = code == VideoFormat::J420;
     const VideoTrack track = trackForFormat(*width, *height);
+    // J420 counts as such too, although its signal uses all levels.
+    const bool studioRange = code == VideoFormat::J420 || track.codec == kStudioRangeCodec;
     *width = static_cast<unsigned>(track.size.width());
     *height = static_cast<unsigned>(track.size.height());
 
@@ -194,7 +194,6 @@ unsigned VxVlcPlayerQml::format(char *chroma, unsigned *width, unsigned *height,
         code = VideoFormat::BGRA;
         std::memcpy(chroma, "BGRA", 4);
     }
-    const bool studioRange = fullRangeChroma || track.codec == kStudioRangeCodec;
     const bool tessarel = isYuv(code)
         && fileMetadata()
                .value(QStringLiteral("Writing Tool"))

@@ -7,11 +7,12 @@
 
 #include <QElapsedTimer>
 #include <QImage>
-#include <QMutex>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions_1_1>
 #include <QQuickWindow>
 #include <QtTest>
+
+#include <mutex>
 
 class PlayerFixture : public QObject
 {
@@ -55,7 +56,7 @@ public:
         errors.clear();
         positions.clear();
         duration = -1;
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         m_frames = 0;
         m_first = m_last = QImage();
     }
@@ -78,20 +79,20 @@ public:
 
     int frames() const
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         return m_frames;
     }
 
     /// The first or last picture since forget(), red and blue in their places.
     QImage firstFrame() const
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         return m_first;
     }
 
     QImage lastFrame() const
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         return m_last;
     }
 
@@ -141,13 +142,13 @@ private:
     void capture()
     {
         const QImage image = readTexture(GLuint(player->textureId()));
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard locker(m_mutex);
         if (++m_frames == 1)
             m_first = image;
         m_last = image;
     }
 
-    mutable QMutex m_mutex;
+    mutable std::mutex m_mutex;
     int m_frames = 0;
     QImage m_first;
     QImage m_last;

@@ -1,0 +1,333 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Whatever is done to the player at whatever moment: no wait without end, nothing left behind.
+
+#include "settings/VxVlcOptions.h"
+#include "tests/video/Clips.h"
+#include "tests/video/PlayerFixture.h"
+#include "tests/video/StreamServer.h"
+
+#include <QFile>
+
+#include <malloc.h>
+
+#include <atomic>
+#include <memory>
+
+namespace {
+
+// Far above the 40 ms that libvlc takes to end a medium, and far below a hang.
+#ifdef __SANITIZE_THREAD__
+constexpr int kPatienceMs = 15000;
+#else
+constexpr int kPatienceMs = 1500;
+#endif
+
+// What the heaps of two threads may hold or not hold at the moment of asking.
+constexpr int kHeapJitterKb = 4096;
+
+// Without the pages of libraries, whose share depends on what else runs.
+int anonymousMemoryKb()
+{
+    QFile file(QStringLiteral("/proc/self/smaps_rollup"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        if (line.startsWith("Pss_Anon:"))
+            return line.mid(9).trimmed().split(' ').first().toInt();
+    }
+    return 0;
+}
+
+} // namespace
+
+class TestPlayerLifetime : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void atEveryMoment_data();
+    void atEveryMoment();
+    void decoderThatWaitsForItsSurface_data();
+    void decoderThatWaitsForItsSurface();
+    void pausedAndAtTheEnd();
+    void seekStorm();
+    void windowClosesDuringPlayback();
+    void mediumChangesFromASignal();
+    void streams_data();
+    void streams();
+    void memoryOfManyOpenings();
+
+private:
+    QUrl clip();
+    void perform(const QString &action, PlayerFixture &fixture);
+
+    VxVlcOptions m_options;
+    Clips m_clips;
+};
+
+void TestPlayerLifetime::initTestCase()
+{
+    VxVlcOptions::setInstance(&m_options);
+}
+
+QUrl TestPlayerLifetime::clip()
+{
+    m_clips.make(QStringLiteral("clip.mp4"),
+                 QStringLiteral("-f lavfi -i testsrc=s=320x160:r=25:d=3 -f lavfi -i "
+                                "sine=duration=3 -c:v libx264 -preset ultrafast -g 10 -pix_fmt "
+                                "yuv420p -c:a aac -movflags +faststart"));
+    return m_clips.url(QStringLiteral("clip.mp4"));
+}
+
+void TestPlayerLifetime::perform(const QString &action, PlayerFixture &fixture)
+{
+    VxVlcPlayerQml *player = fixture.player;
+    if (action == QLatin1String("stop"))
+        player->stop();
+    else if (action == QLatin1String("stop and play")) {
+        player->stop();
+        player->play();
+    } else if (action == QLatin1String("restart"))
+        player->restart();
+    else if (action == QLatin1String("open another"))
+        player->openFile(m_clips.url(QStringLiteral("missing.mp4")));
+    else if (action == QLatin1String("open again"))
+        player->openFile(clip());
+    else if (action == QLatin1String("pause"))
+        player->pause();
+    else if (action == QLatin1String("seek"))
+        player->seek(1500);
+    else if (action == QLatin1String("destroy"))
+        fixture.makePlayer();
+}
+
+void TestPlayerLifetime::atEveryMoment_data()
+{
+    QTest::addColumn<QString>("action");
+    for (const char *action : {"stop", "stop and play", "restart", "open another", "open again",
+                               "pause", "seek", "destroy"})
+        QTest::newRow(action) << QString::fromLatin1(action);
+}
+
+void TestPlayerLifetime::atEveryMoment()
+{
+    QFETCH(QString, action);
+    PlayerFixture fixture;
+    for (const bool shader : {false, true}) {
+        m_options.shaderColorConversion = shader;
+        for (const int delay : {0, 1, 3, 10, 20, 35, 60, 100, 170}) {
+            fixture.open(clip());
+            QTest::qWait(delay);
+            QElapsedTimer elapsed;
+            elapsed.start();
+            perform(action, fixture);
+            QVERIFY2(elapsed.elapsed() < kPatienceMs, qPrintable(QString::number(delay)));
+        }
+    }
+    m_options.shaderColorConversion = false;
+    // Nothing is stuck.
+    fixture.open(clip());
+    QVERIFY(fixture.waitForFrames(2));
+}
+
+void TestPlayerLifetime::decoderThatWaitsForItsSurface_data()
+{
+    atEveryMoment_data();
+}
+
+// In a window that is never shown the scene graph never makes a context to share with.
+void TestPlayerLifetime::decoderThatWaitsForItsSurface()
+{
+    QFETCH(QString, action);
+    PlayerFixture fixture(false);
+    fixture.open(clip());
+    QVERIFY(fixture.waitForState(VxVlcPlayerQml::Playing));
+    QTest::qWait(200);
+    QCOMPARE(fixture.frames(), 0);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    perform(action, fixture);
+    QVERIFY(elapsed.elapsed() < kPatienceMs);
+    // Once it is shown the picture comes at once, where one is still wanted.
+    if (action == QLatin1String("open again")) {
+        fixture.show();
+        QVERIFY(fixture.waitForFrames(1, 3000));
+    }
+    elapsed.restart();
+    delete fixture.player;
+    fixture.player = nullptr;
+    QVERIFY(elapsed.elapsed() < kPatienceMs);
+}
+
+void TestPlayerLifetime::pausedAndAtTheEnd()
+{
+    PlayerFixture fixture;
+    for (const char *action : {"stop", "restart", "open again", "seek", "destroy"}) {
+        fixture.open(clip());
+        QVERIFY(fixture.waitForFrames(1));
+        fixture.player->pause();
+        QVERIFY(fixture.waitForState(VxVlcPlayerQml::Paused));
+        QElapsedTimer elapsed;
+        elapsed.start();
+        perform(QString::fromLatin1(action), fixture);
+        QVERIFY(elapsed.elapsed() < kPatienceMs);
+
+        fixture.open(clip());
+        QVERIFY(fixture.waitForFrames(1));
+        fixture.player->seek(2900);
+        QVERIFY(fixture.waitForState(VxVlcPlayerQml::Ended));
+        elapsed.restart();
+        perform(QString::fromLatin1(action), fixture);
+        QVERIFY(elapsed.elapsed() < kPatienceMs);
+    }
+}
+
+void TestPlayerLifetime::seekStorm()
+{
+    PlayerFixture fixture;
+    fixture.open(clip());
+    QVERIFY(fixture.waitForFrames(1));
+    for (int i = 0; i < 100; ++i) {
+        fixture.player->seek(i * 997 % 2500);
+        QTest::qWait(20);
+    }
+    const int frames = fixture.frames();
+    fixture.player->seek(0);
+    QVERIFY(fixture.waitForFrames(frames + 5));
+    for (int i = 0; i < 20; ++i)
+        fixture.player->seek(i * 997 % 2500);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    fixture.player->stop();
+    QVERIFY(elapsed.elapsed() < kPatienceMs);
+}
+
+void TestPlayerLifetime::windowClosesDuringPlayback()
+{
+    for (int round = 0; round < 3; ++round) {
+        std::atomic<int> frames{0};
+        QQuickWindow window;
+        window.resize(320, 240);
+        auto *player = new VxVlcPlayerQml(window.contentItem());
+        connect(
+            player, &VxVlcPlayerQml::frameDisplayed, &window, [&frames] { ++frames; },
+            Qt::DirectConnection);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        player->openFile(clip());
+        QTRY_VERIFY(player->textureId() != 0);
+        window.close();
+        if (round > 0)
+            QTest::qWait(200);
+        if (round > 1) {
+            // Hidden, it plays on, and its pictures come back with the window.
+            QVERIFY(player->textureId() != 0);
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            frames = 0;
+            QTRY_VERIFY(frames > 2);
+        }
+    }
+}
+
+// As a playlist does it.
+void TestPlayerLifetime::mediumChangesFromASignal()
+{
+    PlayerFixture fixture;
+    int ends = 0;
+    connect(fixture.player, &VxVlcPlayerQml::vlcStateChanged, this, [&](int state) {
+        if (state == VxVlcPlayerQml::Ended && ++ends < 3)
+            fixture.player->openFile(clip());
+        else if (state == VxVlcPlayerQml::Stopped)
+            fixture.player->openFile(m_clips.url(QStringLiteral("missing.mp4")));
+        else if (state == VxVlcPlayerQml::Playing)
+            fixture.player->seek(2500);
+    });
+    fixture.open(clip());
+    QTRY_COMPARE_WITH_TIMEOUT(ends, 3, 15000);
+    fixture.forget();
+    fixture.player->stop();
+    QVERIFY(fixture.waitForState(VxVlcPlayerQml::Error));
+    QCOMPARE(fixture.errors.size(), 1);
+}
+
+void TestPlayerLifetime::streams_data()
+{
+    QTest::addColumn<int>("behaviour");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("outcome");
+    QTest::newRow("served") << int(StreamServer::Serve) << "clip.mp4" << int(VxVlcPlayerQml::Ended);
+    QTest::newRow("not there") << int(StreamServer::Refuse) << "clip.mp4"
+                               << int(VxVlcPlayerQml::Error);
+    QTest::newRow("server dies") << int(StreamServer::Die) << "clip.mp4"
+                                 << int(VxVlcPlayerQml::Ended);
+    QTest::newRow("server falls silent")
+        << int(StreamServer::Stall) << "clip.mp4" << int(VxVlcPlayerQml::Stopped);
+}
+
+void TestPlayerLifetime::streams()
+{
+    QFETCH(int, behaviour);
+    QFETCH(QString, name);
+    QFETCH(int, outcome);
+    clip();
+    PlayerFixture fixture;
+    const StreamServer server(m_clips.read(QStringLiteral("clip.mp4")),
+                              StreamServer::Behaviour(behaviour));
+    fixture.open(server.url(name));
+    const bool shows = behaviour != StreamServer::Refuse;
+    if (shows)
+        QVERIFY(fixture.waitForFrames(1));
+    if (outcome == VxVlcPlayerQml::Stopped) {
+        QTest::qWait(2000);
+        QElapsedTimer elapsed;
+        elapsed.start();
+        fixture.player->stop();
+        QVERIFY(elapsed.elapsed() < kPatienceMs);
+    }
+    QVERIFY(fixture.waitForState(outcome, 20000));
+    QCOMPARE(fixture.errors.size(), outcome == VxVlcPlayerQml::Error ? 1 : 0);
+    if (behaviour == StreamServer::Die) {
+        // What a loop would do next ends it.
+        fixture.forget();
+        fixture.player->restart();
+        QVERIFY(fixture.waitForState(VxVlcPlayerQml::Error));
+        QTest::qWait(300);
+        QCOMPARE(fixture.errors.size(), 1);
+        QCOMPARE(fixture.states.last(), int(VxVlcPlayerQml::Error));
+    }
+}
+
+// `TAVRO_OPENINGS` sets how many; what is left of each would add up.
+void TestPlayerLifetime::memoryOfManyOpenings()
+{
+    const int openings = qEnvironmentVariableIsSet("TAVRO_OPENINGS")
+        ? qEnvironmentVariableIntValue("TAVRO_OPENINGS")
+        : 40;
+    PlayerFixture fixture;
+    int early = 0;
+    int late = 0;
+    for (int i = 1; i <= openings; ++i) {
+        m_options.shaderColorConversion = i % 2;
+        fixture.open(clip());
+        QVERIFY(fixture.waitForFrames(2));
+        if (i % 3 == 0)
+            fixture.player->stop();
+        if (i == 10 || i == openings) {
+            // At rest, and without what the allocator keeps for later.
+            fixture.player->stop();
+            malloc_trim(0);
+            (i == 10 ? early : late) = anonymousMemoryKb();
+        }
+    }
+    m_options.shaderColorConversion = false;
+    qInfo("%d openings: %d KB after 10, %d KB at the end", openings, early, late);
+    QVERIFY(early > 0);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    QVERIFY(late <= early * 1.05 + kHeapJitterKb);
+#endif
+}
+
+QTEST_MAIN(TestPlayerLifetime)
+#include "tst_player_lifetime.moc"
