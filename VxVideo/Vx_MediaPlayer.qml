@@ -23,7 +23,8 @@ Loader {
         InvalidMedia
     }
 
-    property string backend: vxVideoPlugin.currentPlugin
+    // The plug-in goes before the scene at the end of the program.
+    property string backend: vxVideoPlugin ? vxVideoPlugin.currentPlugin : ""
     property url mediaSource
     property var fileMetadata: ({})
     property string logMessage

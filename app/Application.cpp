@@ -14,6 +14,7 @@
 #include "settings/VxSettings.h"
 #include "settings/VxSettingsKeys.h"
 #include "settings/VxVlcOptions.h"
+#include "video/VxVideoPlugin.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -56,8 +57,12 @@ void Application::init(const QString &startDirectory)
     m_sharedMemory = m_settings->get(VxSettingsKeys::kSharedMemory.application).toBool()
         || m_commandLine.value(kAdobePlugin).toBool();
     VxVlcOptions::instance()->load(m_settings->store());
-    if (m_commandLine.value(QStringLiteral("customvlc")).toBool())
+    if (m_commandLine.value(QStringLiteral("customvlc")).toBool()) {
         VxVlcOptions::instance()->custom = true;
+        m_videoPlugin = new VxVideoPlugin(m_settings->store(), QStringLiteral("vlc"));
+    } else {
+        m_videoPlugin = new VxVideoPlugin(m_settings->store(), QString());
+    }
     initRenderer();
 
     m_view = new VxQQuickView(this);
@@ -68,6 +73,7 @@ void Application::init(const QString &startDirectory)
             Qt::DirectConnection);
     // By name: the event's type is private to Qt.
     connect(m_view, SIGNAL(closing(QQuickCloseEvent *)), this, SLOT(quit()));
+    VxVideoPlugin::registerQmlTypes();
     m_view->engine()->addImportPath(QStringLiteral(":/"));
 
     m_textureProvider = new VxTextureProvider(this, true, m_sharedMemory);
@@ -115,6 +121,7 @@ void Application::setContextProperties()
 {
     QQmlContext *root = m_view->rootContext();
     root->setContextProperty(QStringLiteral("vxApp"), this);
+    root->setContextProperty(QStringLiteral("vxVideoPlugin"), m_videoPlugin);
     root->setContextProperty(QStringLiteral("vxView"), m_view);
     root->setContextProperty(QStringLiteral("vxShaderCodeBuilder"), m_shaderBuilder);
     root->setContextProperty(QStringLiteral("vxGlobalObject"), m_globalObject);
@@ -208,7 +215,10 @@ bool Application::event(QEvent *event)
 void Application::teardown()
 {
     VxVlcOptions::instance()->save(m_settings->store());
-    // The scene first: its items and its rendering thread use everything below.
+    // Its players are gone: quit() has seen to that.
+    delete m_videoPlugin;
+    m_videoPlugin = nullptr;
+    // The scene: its items and its rendering thread use everything below.
     delete m_view;
     m_view = nullptr;
     // Before the builder and the texture provider, whose signals it receives.

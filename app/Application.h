@@ -13,6 +13,7 @@
 
 class PicturePrefetch;
 class VxQQuickView;
+class VxVideoPlugin;
 
 /// Made on the stack of `main`; init() before the event loop, teardown() after it. All on the main
 /// thread, but for checkOpenGLVersion().
@@ -83,6 +84,7 @@ private:
     VxQQuickView *m_view = nullptr;
     VxGlobalObject *m_globalObject = nullptr;
     VxShaderCodeBuilder *m_shaderBuilder = nullptr;
+    VxVideoPlugin *m_videoPlugin = nullptr;
     VxTextureProvider *m_textureProvider = nullptr;
     QOpenGLContext *m_mainContext = nullptr; // the scene graph's
     QOpenGLContext *m_shareContext = nullptr;

@@ -2,13 +2,14 @@
 // Shows a still image through the interface of a media player.
 // Uses vxGlobalObject, vxTextureProvider, vxView.
 import QtQuick 2.15
+import "qrc:/VxVideo"
 import QtQuick.Window 2.15
 
 Image {
     id: player
 
-    property int playbackState: Vx_PlayerState.StoppedState
-    property int playerStatus: Vx_PlayerState.NoMedia
+    property int playbackState: Vx_MediaPlayer.StoppedState
+    property int playerStatus: Vx_MediaPlayer.NoMedia
     property int position: 0
     property int duration: 0
     property real volume: 0
@@ -16,6 +17,8 @@ Image {
     property string logMessage: ""
     property url mediaSource: ""
     property Item shaderEffectSource: null
+    // Its texture reaches the view as the item above.
+    readonly property int textureId: 0
     property int fps: 0
     property string textureTransfer: ""
     property string texturePixelFormat: ""
@@ -25,25 +28,25 @@ Image {
     readonly property bool isVector: /\.svgz?$/i.test(mediaSource)
 
     function play() {
-        if (playerStatus !== Vx_PlayerState.Buffered)
+        if (playerStatus !== Vx_MediaPlayer.Buffered)
             return;
-        if (playbackState === Vx_PlayerState.PausedState)
+        if (playbackState === Vx_MediaPlayer.PausedState)
             vxGlobalObject.resumeTimerNextImage();
         else
             vxGlobalObject.startTimerNextImage();
-        playbackState = Vx_PlayerState.PlayingState;
+        playbackState = Vx_MediaPlayer.PlayingState;
     }
 
     function pause() {
-        if (playbackState !== Vx_PlayerState.PlayingState)
+        if (playbackState !== Vx_MediaPlayer.PlayingState)
             return;
         vxGlobalObject.pauseTimerNextImage();
-        playbackState = Vx_PlayerState.PausedState;
+        playbackState = Vx_MediaPlayer.PausedState;
     }
 
     function stop() {
         mediaSource = "";
-        playbackState = Vx_PlayerState.StoppedState;
+        playbackState = Vx_MediaPlayer.StoppedState;
     }
 
     function seek(offset) {
@@ -54,7 +57,7 @@ Image {
 
     function fail() {
         errorString = loadError;
-        playerStatus = Vx_PlayerState.InvalidMedia;
+        playerStatus = Vx_MediaPlayer.InvalidMedia;
     }
 
     asynchronous: true
@@ -73,11 +76,11 @@ Image {
     onMediaSourceChanged: {
         source = "";
         if (mediaSource.toString() === "") {
-            playerStatus = Vx_PlayerState.NoMedia;
+            playerStatus = Vx_MediaPlayer.NoMedia;
             return;
         }
         errorString = "";
-        playerStatus = Vx_PlayerState.Loading;
+        playerStatus = Vx_MediaPlayer.Loading;
         if (vxGlobalObject.isFile(mediaSource))
             vxGlobalObject.inspectImage(mediaSource);
         else
@@ -91,21 +94,21 @@ Image {
             break;
         case Image.Null:
             // While a picture is looked at before it is loaded, it is loading all the same.
-            playerStatus = mediaSource.toString() === "" ? Vx_PlayerState.NoMedia
-                                                         : Vx_PlayerState.Loading;
+            playerStatus = mediaSource.toString() === "" ? Vx_MediaPlayer.NoMedia
+                                                         : Vx_MediaPlayer.Loading;
             break;
         case Image.Loading:
-            playerStatus = Vx_PlayerState.Loading;
+            playerStatus = Vx_MediaPlayer.Loading;
             break;
         default:
-            playerStatus = Vx_PlayerState.Buffered;
+            playerStatus = Vx_MediaPlayer.Buffered;
             break;
         }
     }
 
     onPlayerStatusChanged: {
-        if (playerStatus === Vx_PlayerState.Buffered) {
-            playbackState = Vx_PlayerState.PlayingState;
+        if (playerStatus === Vx_MediaPlayer.Buffered) {
+            playbackState = Vx_MediaPlayer.PlayingState;
             vxGlobalObject.startTimerNextImage();
         } else {
             vxTextureProvider.textureId = 0;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Gives each medium to the player that can show it and hands that player's texture to the view.
-// Uses vxGlobalObject, vxShaderCodeBuilder, vxTextureProvider, vxView.
+// Uses vxGlobalObject, vxSettings, vxShaderCodeBuilder, vxTextureProvider, vxVideoPlugin, vxView.
 import QtQuick 2.15
+import "qrc:/VxVideo"
 
 Item {
     id: loader
@@ -9,6 +10,11 @@ Item {
     property QtObject mediaPlayer: imagePlayer
     readonly property url mediaSource: mediaPlayer.mediaSource
     readonly property var fileMetadata: mediaPlayer.fileMetadata
+    readonly property bool isVideo: mediaPlayer === videoPlayer
+
+    readonly property real volumeStep: 0.05
+    // What only custom arguments can describe is told there.
+    readonly property string commandLineDocumentation: "https://www.tavro.example/documentation/command-line"
 
     signal displayMessage(string message)
     signal changeRootState(string newState)
@@ -23,10 +29,7 @@ Item {
         let url = fileSource;
         if (error === "") {
             url = vxGlobalObject.checkFilePath(fileSource);
-            if (!vxGlobalObject.isValidFilePath(url))
-                error = qsTr("Cannot open the file") + " '" + url + "'.";
-            else if (url.toString() !== "" && !vxGlobalObject.isImageFile(url))
-                error = qsTr("The file format is not supported.");
+            error = choosePlayer(url);
             vxView.updateTitle(url);
         }
 
@@ -47,6 +50,29 @@ Item {
             changeRootState("Video");
     }
 
+    // Makes the player for the medium the current one; returns what keeps it from being shown.
+    function choosePlayer(url) {
+        if (!vxGlobalObject.isValidFilePath(url))
+            return qsTr("Cannot open the file") + " '" + url + "'.";
+        if (vxGlobalObject.isImageFile(url)) {
+            videoPlayer.pause();
+            videoPlayer.mediaSource = "";
+            mediaPlayer = imagePlayer;
+            return "";
+        }
+        const kind = vxGlobalObject.isVideoFile(url);
+        // A stream is a video whatever its address ends with.
+        if (kind === 1 || !vxGlobalObject.isFile(url)) {
+            imagePlayer.mediaSource = "";
+            mediaPlayer = videoPlayer;
+            return "";
+        }
+        if (kind === 2)
+            return qsTr("Raw video format is only supported with custom VLC arguments.<br />See <a href=\"%1\">documentation</a>.")
+                .arg(commandLineDocumentation);
+        return qsTr("The file format is not supported.");
+    }
+
     function play() {
         mediaPlayer.play();
     }
@@ -56,19 +82,92 @@ Item {
     }
 
     function playPause() {
-        if (mediaPlayer.playbackState === Vx_PlayerState.PlayingState)
+        if (mediaPlayer.playbackState === Vx_MediaPlayer.PlayingState)
             pause();
         else
             play();
     }
 
     function stop() {
+        videoPlayer.playerStatus = Vx_MediaPlayer.NoMedia;
         processFileSource("", true, "", false);
         mediaPlayer.stop();
     }
 
+    // percent: 0 to 1.
+    function seek(percent) {
+        mediaPlayer.seek(percent * mediaPlayer.duration);
+    }
+
+    // delta in milliseconds.
+    function seekJump(delta) {
+        mediaPlayer.seekJump(delta);
+    }
+
+    function seekJumpDown() {
+        seekJump(-mediaPlayer.duration / 20);
+    }
+
+    function seekJumpUp() {
+        seekJump(mediaPlayer.duration / 20);
+    }
+
+    function volumeUp() {
+        videoPlayer.volume = Math.min(1, videoPlayer.volume + volumeStep);
+    }
+
+    function volumeDown() {
+        videoPlayer.volume = Math.max(0, videoPlayer.volume - volumeStep);
+    }
+
+    // Follows the playback of a master. A stop is not followed: it left 4K sources black.
+    function syncPlaybackState(masterState) {
+        switch (masterState) {
+        case Vx_MediaPlayer.PlayingState:
+            play();
+            break;
+        case Vx_MediaPlayer.PausedState:
+            pause();
+            break;
+        case Vx_MediaPlayer.StoppedState:
+            break;
+        default:
+            console.error("Unknown playback state of the master:", masterState);
+            break;
+        }
+    }
+
+    // Only at quit: playback must have ended before the program does.
     function destroyVideoPlayer() {
+        videoPlayer.stop();
         mediaPlayer = imagePlayer;
+        videoPlayer.source = "";
+    }
+
+    function handleEndOfMedia() {
+        if (!vxGlobalObject.playListIsEmpty())
+            vxGlobalObject.playListSetNext(false);
+        else if (vxGlobalObject.loopMode > 0)
+            videoPlayer.restart();
+        else
+            stop();
+    }
+
+    // Leaves the player with an empty source; its words stay for the info screen.
+    function handleFailure() {
+        const message = mediaPlayer.errorString;
+        mediaPlayer.mediaSource = "";
+        mediaPlayer.errorString = message;
+        displayMessage(message);
+    }
+
+    function watchPlayer() {
+        // Not the property: a change of the player arrives here before its bindings follow.
+        const video = mediaPlayer === videoPlayer;
+        vxTextureProvider.setShaderEffectSource(mediaPlayer.shaderEffectSource, !video);
+        vxShaderCodeBuilder.invertedColors = video && vxVideoPlugin.currentPlugin === "vlc"
+            && !vxTextureProvider.isSharedMemory();
+        vxTextureProvider.textureId = mediaPlayer.textureId;
     }
 
     onMediaPlayerChanged: watchPlayer()
@@ -77,20 +176,33 @@ Item {
         watchPlayer();
     }
 
-    function watchPlayer() {
-        vxTextureProvider.setShaderEffectSource(mediaPlayer.shaderEffectSource, true);
-        vxShaderCodeBuilder.invertedColors = false;
-    }
-
     Connections {
         target: loader.mediaPlayer
 
+        function onTextureIdChanged() {
+            vxTextureProvider.textureId = loader.mediaPlayer.textureId;
+        }
+
+        function onShaderEffectSourceChanged() {
+            loader.watchPlayer();
+        }
+
         function onPlayerStatusChanged() {
-            if (loader.mediaPlayer.playerStatus !== Vx_PlayerState.InvalidMedia)
-                return;
-            const message = loader.mediaPlayer.errorString;
-            loader.mediaPlayer.mediaSource = "";
-            loader.displayMessage(message);
+            switch (loader.mediaPlayer.playerStatus) {
+            case Vx_MediaPlayer.InvalidMedia:
+                loader.handleFailure();
+                break;
+            case Vx_MediaPlayer.EndOfMedia:
+                loader.handleEndOfMedia();
+                break;
+            case Vx_MediaPlayer.Loaded:
+                if (imagePlayer.mediaSource.toString() === ""
+                        && videoPlayer.mediaSource.toString() === "")
+                    videoPlayer.playerStatus = Vx_MediaPlayer.NoMedia;
+                break;
+            default:
+                break;
+            }
         }
     }
 
@@ -102,10 +214,36 @@ Item {
         }
     }
 
+    Connections {
+        target: vxVideoPlugin
+
+        function onDisplayMessage(message) {
+            loader.displayMessage(message);
+        }
+    }
+
+    Vx_MediaPlayer {
+        id: videoPlayer
+
+        visible: loader.isVideo
+        volume: vxSettings.get("application/volume")
+        onVolumeChanged: vxSettings.set("application/volume", volume)
+        // The picture changes while its texture keeps its name: the view has to be told.
+        onLoaded: {
+            if (vxVideoPlugin.currentPlugin === "vlc")
+                vxTextureProvider.watchFrames(item);
+        }
+    }
+
     Vx_ImagePlayer {
         id: imagePlayer
 
+        visible: !loader.isVideo
         shaderEffectSource: imageTexture
+        onPlayerStatusChanged: {
+            if (playerStatus !== Vx_MediaPlayer.Buffered)
+                videoPlayer.playerStatus = Vx_MediaPlayer.NoMedia;
+        }
     }
 
     // Hides the picture and stands for its texture. It draws nothing of its own: the picture's

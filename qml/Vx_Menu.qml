@@ -2,6 +2,7 @@
 // The shortcuts and keys of the program.
 // Uses vxGlobalObject, vxSettings, vxShaderCodeBuilder, vxView.
 import QtQuick 2.15
+import "qrc:/VxVideo"
 import Vistrel 1.0
 
 Item {
@@ -9,7 +10,7 @@ Item {
 
     required property QtObject mediaLoader
     required property Item videoArea
-    readonly property bool hasMedia: mediaLoader.mediaPlayer.playerStatus !== Vx_PlayerState.NoMedia
+    readonly property bool hasMedia: mediaLoader.mediaPlayer.playerStatus !== Vx_MediaPlayer.NoMedia
     readonly property bool hasPlaylist: vxGlobalObject.playListIndex > -1
 
     signal openRequested()

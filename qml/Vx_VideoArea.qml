@@ -2,6 +2,7 @@
 // The panorama and the navigation in it by mouse, wheel and touch.
 // Uses vxApp, vxGlobalObject, vxSettings, vxView.
 import QtQuick 2.15
+import "qrc:/VxVideo"
 import Vistrel 1.0
 
 Item {
@@ -9,18 +10,18 @@ Item {
 
     required property QtObject mediaLoader
     readonly property int playerStatus: mediaLoader.mediaPlayer.playerStatus
-    readonly property bool isShowing: playerStatus === Vx_PlayerState.Loaded
-                                      || playerStatus === Vx_PlayerState.Stalled
-                                      || playerStatus === Vx_PlayerState.Buffered
-    readonly property bool isBusy: playerStatus === Vx_PlayerState.Loading
-                                   || playerStatus === Vx_PlayerState.Stalled
-                                   || playerStatus === Vx_PlayerState.Buffering
-                                   || playerStatus === Vx_PlayerState.EndOfMedia
+    readonly property bool isShowing: playerStatus === Vx_MediaPlayer.Loaded
+                                      || playerStatus === Vx_MediaPlayer.Stalled
+                                      || playerStatus === Vx_MediaPlayer.Buffered
+    readonly property bool isBusy: playerStatus === Vx_MediaPlayer.Loading
+                                   || playerStatus === Vx_MediaPlayer.Stalled
+                                   || playerStatus === Vx_MediaPlayer.Buffering
+                                   || playerStatus === Vx_MediaPlayer.EndOfMedia
     // In one expression: two conditions that change in turn would both fail in between, and the
     // info screen would be made and thrown away while a picture appears.
-    readonly property bool isEmpty: playerStatus === Vx_PlayerState.UnknownStatus
-                                    || playerStatus === Vx_PlayerState.NoMedia
-                                    || playerStatus === Vx_PlayerState.InvalidMedia
+    readonly property bool isEmpty: playerStatus === Vx_MediaPlayer.UnknownStatus
+                                    || playerStatus === Vx_MediaPlayer.NoMedia
+                                    || playerStatus === Vx_MediaPlayer.InvalidMedia
     property alias view: panorama
     // Radians per pixel.
     readonly property real moveSpeed: 0.005
