@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What stands in the window while nothing plays: how to open a medium, and what went wrong.
-// Uses vxGlobalObject, vxView.
+// Uses vxGlobalObject, vxVideoPlugin, vxView.
 import QtQuick 2.15
 
 Item {
@@ -9,6 +9,7 @@ Item {
     property string errorString: ""
 
     signal openRequested()
+    signal backendRequested()
 
     Column {
         anchors.centerIn: parent
@@ -68,6 +69,13 @@ Item {
             font.pixelSize: 15
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
+        }
+
+        Vx_PushButton {
+            anchors.horizontalCenter: parent.horizontalCenter
+            visible: screen.errorString !== "" && vxVideoPlugin.pluginsList().length > 1
+            text: qsTr("change video backend")
+            onClicked: screen.backendRequested()
         }
 
         Vx_PushButton {

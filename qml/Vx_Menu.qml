@@ -14,6 +14,9 @@ Item {
     readonly property bool hasPlaylist: vxGlobalObject.playListIndex > -1
 
     signal openRequested()
+    signal changeRootState(string newState)
+    signal debugInfoRequested()
+    signal showPlayerText(string text)
 
     function onKeyPressed(event) {
         switch (event.key) {
@@ -28,6 +31,20 @@ Item {
             return;
         }
         event.accepted = true;
+    }
+
+    function seekJump(delta) {
+        mediaLoader.seekJump(delta);
+        showPlayerText(formatTime(mediaLoader.mediaPlayer.position));
+    }
+
+    // mm:ss, with hh: in front when an hour is reached.
+    function formatTime(milliseconds) {
+        const seconds = Math.round(milliseconds / 1000);
+        const parts = [Math.floor(seconds / 60) % 60, seconds % 60];
+        if (seconds >= 3600)
+            parts.unshift(Math.floor(seconds / 3600));
+        return parts.map(part => part.toString().padStart(2, "0")).join(":");
     }
 
     function toggleLittlePlanet() {
@@ -65,6 +82,50 @@ Item {
         sequence: "Ctrl+W"
         enabled: menu.hasMedia
         onActivated: menu.mediaLoader.stop()
+    }
+
+    Shortcut {
+        sequence: "Ctrl+,"
+        onActivated: menu.changeRootState("Settings")
+    }
+
+    Shortcut {
+        sequence: "H"
+        onActivated: menu.debugInfoRequested()
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Right"
+        enabled: menu.hasMedia
+        onActivated: menu.seekJump(1000)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Left"
+        enabled: menu.hasMedia
+        onActivated: menu.seekJump(-1000)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Alt+Right"
+        enabled: menu.hasMedia
+        onActivated: menu.seekJump(menu.mediaLoader.mediaPlayer.duration / 20)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Alt+Left"
+        enabled: menu.hasMedia
+        onActivated: menu.seekJump(-menu.mediaLoader.mediaPlayer.duration / 20)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Up"
+        onActivated: menu.mediaLoader.volumeUp()
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Down"
+        onActivated: menu.mediaLoader.volumeDown()
     }
 
     Shortcut {

@@ -27,6 +27,7 @@ Item {
     readonly property real moveSpeed: 0.005
 
     signal openRequested()
+    signal backendRequested()
 
     function zoom(direction, factor) {
         vxGlobalObject.setFov(vxGlobalObject.fov + (direction < 0 ? factor : -factor), false);
@@ -90,6 +91,10 @@ Item {
 
             function onOpenRequested() {
                 area.openRequested();
+            }
+
+            function onBackendRequested() {
+                area.backendRequested();
             }
         }
     }

@@ -62,6 +62,20 @@ FocusScope {
             anchors.fill: parent
             mediaLoader: vx_mediaLoader
             onOpenRequested: openDialog.show()
+            onBackendRequested: root.changeState("Settings")
+        }
+
+        Loader {
+            id: vx_debugInfo
+
+            anchors.right: parent.right
+            anchors.top: parent.top
+            anchors.margins: 12
+            active: false
+            sourceComponent: Vx_DebugInfo {
+                mediaPlayer: vx_mediaLoader.mediaPlayer
+                view: vx_videoArea.view
+            }
         }
 
         Vx_PlayerImage {
@@ -79,6 +93,23 @@ FocusScope {
 
             function onSnapshotFailed() {
                 vx_playerImage.onShowPlayerText(qsTr("The picture could not be saved"));
+            }
+        }
+
+        Loader {
+            id: vx_settingsWindow
+
+            anchors.fill: parent
+            active: root.state === "Settings"
+            focus: active
+            source: "Vx_SettingsWindow.qml"
+
+            Connections {
+                target: vx_settingsWindow.item
+
+                function onClosed() {
+                    root.changeState("Video");
+                }
             }
         }
 
@@ -114,11 +145,17 @@ FocusScope {
         mediaLoader: vx_mediaLoader
         videoArea: vx_videoArea
         onOpenRequested: openDialog.show()
+        onChangeRootState: root.changeState(newState)
+        onDebugInfoRequested: vx_debugInfo.active = !vx_debugInfo.active
+        onShowPlayerText: vx_playerImage.onShowPlayerText(text)
     }
 
     states: [
         State {
             name: "Video"
+        },
+        State {
+            name: "Settings"
         }
     ]
 }
