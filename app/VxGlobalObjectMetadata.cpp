@@ -3,12 +3,16 @@
 #include "app/MediaFormats.h"
 #include "app/VxContext.h"
 #include "app/VxGlobalObject.h"
+#include "movparser/src/mov_file_reader.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
 #include "settings/VxSettingsKeys.h"
 
+#include <QFileInfo>
 #include <QHash>
 #include <QSize>
+
+#include <string>
 
 namespace {
 
@@ -63,6 +67,53 @@ QString stereoWord(const QVariantMap &metadata)
     return {};
 }
 
+/// What an MP4 or MOV file says of itself. What it does not say has a value that plays it as most
+/// are: mono, upright, a full sphere. Empty for a file that is no such container or has no video.
+QVariantMap videoMetadata(const QString &path)
+{
+    Tavro::MovParserLib::MovFileReader reader;
+    // A pipe would keep the reader waiting.
+    if (!QFileInfo(path).isFile() || reader.Open(path) != 0 || !reader.HasVideo())
+        return {};
+
+    uint32_t width = 0;
+    uint32_t height = 0;
+    if (reader.GetFrameSize(&width, &height) != 0)
+        width = height = 0;
+    double frameRate = 0;
+    if (reader.GetFrameRate(&frameRate) != 0)
+        frameRate = 0;
+    bool isTavroFile = false;
+    if (reader.IsTavroFile(&isTavroFile) != 0)
+        isTavroFile = false;
+    float yaw = 0;
+    float pitch = 0;
+    float roll = 0;
+    if (reader.GetInitialPose(&yaw, &pitch, &roll) != 0)
+        yaw = pitch = roll = 0;
+    uint32_t projection = EquirectangularCode;
+    if (reader.GetProjection(&projection) != 0)
+        projection = EquirectangularCode;
+    uint32_t stereoMode = MonoCode;
+    if (reader.GetStereoMode(&stereoMode) != 0)
+        stereoMode = MonoCode;
+    std::string writingTool;
+    if (reader.GetWritingTool(&writingTool) != 0)
+        writingTool.clear();
+
+    return {{kTextureSize, QSize(int(width), int(height))},
+            {QStringLiteral("Frame width"), width},
+            {QStringLiteral("Frame height"), height},
+            {QStringLiteral("Video frame rate"), frameRate},
+            {QStringLiteral("Tavro file"), isTavroFile},
+            {QStringLiteral("Initial yaw"), yaw},
+            {QStringLiteral("Initial pitch"), pitch},
+            {QStringLiteral("Initial roll"), roll},
+            {kProjection, int(projection)},
+            {kStereoscopy, int(stereoMode)},
+            {QStringLiteral("Writing Tool"), QString::fromStdString(writingTool)}};
+}
+
 } // namespace
 
 QObject *VxGlobalObject::currentPlayer() const
@@ -88,10 +139,12 @@ void VxGlobalObject::onTextureSizeChanged()
 
 QVariantMap VxGlobalObject::readMetaData(const QVariant &url)
 {
-    Q_UNUSED(url)
+    const QUrl medium = url.toUrl();
     // A still image says nothing that enters the map: its size comes from the player, and
     // automatic stereo and projection leave the modes as they are.
-    const QVariantMap metadata;
+    QVariantMap metadata;
+    if (isVideoFile(medium) != MediaFormats::NotVideo && medium.isLocalFile())
+        metadata = videoMetadata(medium.toLocalFile());
     setInitialOrientation(0, 0, 0);
     applyStereoMode(metadata);
     applyProjection(metadata);
