@@ -367,17 +367,20 @@ void VxVlcPlayerQml::handleVolume(int generation)
     Q_EMIT volumeChanged();
 }
 
-// A volume that is set before there is an audio output does not reach it.
+// A volume that is set before there is an audio output does not reach it, and one that is just
+// opening may still put its own in its place: until sound runs, the wanted one is set again.
 void VxVlcPlayerQml::applyVolume()
 {
-    if (m_volumePending && m_player)
-        m_volumePending = libvlc_audio_set_volume(m_player, m_volumePercent) != 0;
+    if (m_volumePending && m_player && libvlc_audio_get_volume(m_player) != m_volumePercent)
+        libvlc_audio_set_volume(m_player, m_volumePercent);
 }
 
 void VxVlcPlayerQml::handleTime(int generation, qint64 time)
 {
     if (generation != m_generation)
         return;
+    applyVolume();
+    m_volumePending = false;
     // Some containers do not tell their length at first.
     if (m_durationTold <= 0 && m_player)
         handleDuration(generation, libvlc_media_player_get_length(m_player));

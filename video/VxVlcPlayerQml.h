@@ -198,7 +198,7 @@ private:
     float m_roll = 0;
     bool m_paintTexture = false;
     int m_volumePercent = -1; // as set last; -1: never
-    bool m_volumePending = false; // until this run has an audio output
+    bool m_volumePending = false; // until this run has reported its first time
     int m_state = Idle; // as told last
     bool m_errorTold = false;
     int m_durationTold = 0;

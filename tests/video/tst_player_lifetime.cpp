@@ -16,7 +16,7 @@
 namespace {
 
 // Far above the 40 ms that libvlc takes to end a medium, and far below a hang.
-#ifdef __SANITIZE_THREAD__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int kPatienceMs = 15000;
 #else
 constexpr int kPatienceMs = 1500;
