@@ -63,8 +63,9 @@ public:
 
     void open(const QUrl &url)
     {
-        forget();
         player->openFile(url);
+        // Only now does the last medium show nothing any more; the new one's reports are queued.
+        forget();
     }
 
     bool waitForState(int state, int timeout = 10000)
