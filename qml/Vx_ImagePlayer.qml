@@ -46,7 +46,6 @@ Image {
 
     function stop() {
         mediaSource = "";
-        playbackState = Vx_MediaPlayer.StoppedState;
     }
 
     function seek(offset) {
@@ -76,6 +75,7 @@ Image {
     onMediaSourceChanged: {
         source = "";
         if (mediaSource.toString() === "") {
+            playbackState = Vx_MediaPlayer.StoppedState;
             playerStatus = Vx_MediaPlayer.NoMedia;
             return;
         }

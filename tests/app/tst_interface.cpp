@@ -5,7 +5,9 @@
 #include "app/VxDropArea.h"
 #include "app/VxQQuickView.h"
 #include "render/VistrelView.h"
+#include "settings/VxSettings.h"
 #include "tests/common/FakeApplication.h"
+#include "video/VxVideoPlugin.h"
 
 #include <QDir>
 #include <QImage>
@@ -74,6 +76,7 @@ private:
     }
 
     std::unique_ptr<FakeApplication> m_app;
+    std::unique_ptr<VxVideoPlugin> m_videoPlugin;
     std::unique_ptr<VxQQuickView> m_view;
     QList<QPointer<QObject>> m_objects; // of the interface
     QTemporaryDir m_folder;
@@ -84,6 +87,7 @@ void TestInterface::initTestCase()
     qmlRegisterUncreatableType<VxShaderCodeBuilder>("Vistrel", 1, 0, "VxShaderCodeBuilder", "");
     qmlRegisterType<VxDropArea>("Vistrel", 1, 0, "VxDropArea");
     qmlRegisterType<VistrelView>("Vistrel", 1, 0, "VistrelView");
+    VxVideoPlugin::registerQmlTypes();
 }
 
 void TestInterface::init()
@@ -98,6 +102,8 @@ void TestInterface::init()
     root->setContextProperty("vxGlobalObject", m_app->controller);
     root->setContextProperty("vxTextureProvider", m_app->provider);
     root->setContextProperty("vxSettings", m_app->settingsObject);
+    m_videoPlugin = std::make_unique<VxVideoPlugin>(m_app->settingsObject->store());
+    root->setContextProperty("vxVideoPlugin", m_videoPlugin.get());
     m_view->resize(320, 240);
     m_view->show();
     QTRY_VERIFY(m_view->maxTextureSize().isValid());
@@ -113,6 +119,7 @@ void TestInterface::cleanup()
     while (!m_objects.isEmpty())
         delete m_objects.takeLast();
     m_view.reset();
+    m_videoPlugin.reset();
     m_app.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
@@ -148,6 +155,12 @@ void TestInterface::loadsWithoutWarning()
     QVariantMap properties;
     if (file == "Vx_VideoArea.qml" || file == "Vx_Menu.qml")
         properties["mediaLoader"] = QVariant::fromValue(create("Vx_MediaLoader.qml"));
+    if (file == "Vx_DebugInfo.qml") {
+        QObject *loader = create("Vx_MediaLoader.qml");
+        QObject *area = create("Vx_VideoArea.qml", {{"mediaLoader", QVariant::fromValue(loader)}});
+        properties["mediaPlayer"] = loader->property("mediaPlayer");
+        properties["view"] = area->property("view");
+    }
     if (file == "Vx_Menu.qml")
         properties["videoArea"] = QVariant::fromValue(create("Vx_VideoArea.qml", properties));
     QSignalSpy frames(m_view.get(), &QQuickWindow::frameSwapped);
