@@ -12,6 +12,15 @@
 
 namespace Tavro::MovParserLib {
 
+class AVCCAtom;
+class ColorAtom;
+class EsdsAtom;
+class FieldsAtom;
+class HVCCAtom;
+class PixelAspectAtom;
+class SoundSampleDescription;
+class TimeCodeSampleDescription;
+
 /// Which of a movie's tracks: the n-th with a handler, from 0 in file order.
 struct TrackRef
 {
@@ -79,6 +88,27 @@ public:
                                             TrackRef track = {}) const;
     /// Units a frame, and units a second by which it counts.
     [[nodiscard]] uint32_t GetFrameDuration(uint64_t *frameDuration, uint64_t *timeScale) const;
+
+    // What the samples are, by the first description of a track: the first video track, the n-th
+    // sound track, or the timecode track that the video refers to. What is handed out stays the
+    // reader's, until it opens another file. 0x40003 where the description has no such atom.
+    /// The fourcc of the data's format.
+    [[nodiscard]] uint32_t GetCodec(uint32_t *format, TrackRef track = {}) const;
+    [[nodiscard]] uint32_t GetPixelAspect(const PixelAspectAtom **atom) const;
+    [[nodiscard]] uint32_t GetColorParameters(const ColorAtom **atom) const;
+    [[nodiscard]] uint32_t GetFields(const FieldsAtom **atom) const;
+    [[nodiscard]] uint32_t GetAvcConfiguration(const AVCCAtom **atom) const;
+    [[nodiscard]] uint32_t GetHevcConfiguration(const HVCCAtom **atom) const;
+    /// Channels, sample size and rate, compression, packets.
+    [[nodiscard]] uint32_t GetSoundDescription(const SoundSampleDescription **description,
+                                               uint32_t n = 0) const;
+    [[nodiscard]] uint32_t GetEsds(const EsdsAtom **atom, uint32_t n = 0) const;
+    /// Frame duration, time scale, frames a second, flags and name.
+    [[nodiscard]] uint32_t
+    GetTimeCodeDescription(const TimeCodeSampleDescription **description) const;
+
+    /// What the camera says; 0x40003 without any.
+    [[nodiscard]] uint32_t GetUserData(const UserDataAtom **userData) const;
 
     // Per sample. Indices count from 0 in decoding order, times are microseconds.
     [[nodiscard]] uint32_t GetSampleInfo(uint32_t index, SampleInfo *info,

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The maker's atoms and the entries of description tables: what they do beyond the common contract.
-#include "box.h"
+#include "movie.h"
 #include "movparser/src/atom_esds.h"
 #include "movparser/src/atom_io.h"
 #include "movparser/src/atom_stsd.h"
 #include "movparser/src/atom_udta.h"
+#include "movparser/src/mov_file_reader.h"
 #include "movparser/src/sound_sample_description.h"
+#include "movparser/src/time_code_sample_description.h"
 #include "movparser/src/video_sample_description.h"
 
 #include <QtTest/QtTest>
@@ -39,6 +41,7 @@ private Q_SLOTS:
     void descriptionsAnswerForTheirKindOnly();
     void soundFormats_data();
     void soundFormats();
+    void theReaderHandsOutDescriptions();
 };
 
 void tst_UserData::childrenReadOrFail_data()
@@ -283,6 +286,62 @@ void tst_UserData::soundFormats()
     QCOMPARE(bool(sound.esds), compressionId != 0);
     if (sound.esds)
         QCOMPARE(sound.esds->AudioSpecificConfig.samplingFrequencyIndex, uint8_t(0));
+}
+
+void tst_UserData::theReaderHandsOutDescriptions()
+{
+    TestTrack video;
+    video.descriptionChildren = {Box("pasp").u32(4).u32(3), Box("fiel").u8(2).u8(9)};
+    TestTrack sound;
+    sound.handler = "soun";
+    sound.tables.append(Box::full("stsd").u32(1).child(
+        Box("sowt").zeros(6).u16(1).zeros(8).u16(2).u16(16).u32(0).u32(44100U << 16)));
+    TestTrack timeCode;
+    timeCode.handler = "tmcd";
+    timeCode.id = 9;
+    timeCode.tables.append(Box::full("stsd").u32(1).child(
+        Box("tmcd").zeros(6).u16(1).u32(0).u32(1).u32(30000).u32(1001).u8(30).u8(0)));
+    video.children = {Box("tref").child(Box("tmcd").u32(9))};
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    file.write(movieFile(movie({video, sound, timeCode}, {Box("udta").child(Box("CAME").u8(1))})));
+    file.close();
+
+    MovFileReader reader;
+    uint32_t format = 0;
+    const PixelAspectAtom *aspect = nullptr;
+    const FieldsAtom *fields = nullptr;
+    const ColorAtom *color = nullptr;
+    const AVCCAtom *avcc = nullptr;
+    const HVCCAtom *hvcc = nullptr;
+    const EsdsAtom *esds = nullptr;
+    const SoundSampleDescription *heard = nullptr;
+    const TimeCodeSampleDescription *counted = nullptr;
+    const UserDataAtom *userData = nullptr;
+    QCOMPARE(reader.GetCodec(&format), 0x40002U); // nothing is open
+    QCOMPARE(reader.GetUserData(&userData), 0x40003U);
+    QCOMPARE(reader.Open(file.fileName()), 0U);
+    QCOMPARE(reader.GetCodec(&format), 0U);
+    QCOMPARE(format, FourCC("avc1"));
+    QCOMPARE(reader.GetCodec(&format, {FourCC("soun"), 0}), 0U);
+    QCOMPARE(format, FourCC("sowt"));
+    QCOMPARE(reader.GetCodec(nullptr), 5U);
+    QCOMPARE(reader.GetPixelAspect(&aspect), 0U);
+    QCOMPARE(aspect->horizontalSpacing, 4U);
+    QCOMPARE(reader.GetFields(&fields), 0U);
+    QCOMPARE(int(fields->detail), 9);
+    QCOMPARE(reader.GetColorParameters(&color), 0x40003U);
+    QCOMPARE(reader.GetAvcConfiguration(&avcc), 0x40003U);
+    QCOMPARE(reader.GetHevcConfiguration(&hvcc), 0x40003U);
+    QCOMPARE(reader.GetSoundDescription(&heard), 0U);
+    QCOMPARE(heard->sampleRate >> 16, 44100U);
+    QCOMPARE(reader.GetSoundDescription(&heard, 1), 0x40002U);
+    QCOMPARE(reader.GetEsds(&esds), 0x40003U);
+    QCOMPARE(reader.GetTimeCodeDescription(&counted), 0U);
+    QCOMPARE(int(counted->numberOfFrames), 30);
+    QCOMPARE(reader.GetUserData(&userData), 0U);
+    QVERIFY(userData->cameraId);
+    QCOMPARE(reader.GetUserData(nullptr), 5U);
 }
 
 QTEST_APPLESS_MAIN(tst_UserData)
