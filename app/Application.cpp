@@ -3,6 +3,7 @@
 
 #include "app/CommandLine.h"
 #include "app/Identity.h"
+#include "app/MediaFormats.h"
 #include "app/PicturePrefetch.h"
 #include "app/UnixSignals.h"
 #include "app/VxDropArea.h"
@@ -71,6 +72,9 @@ void Application::init(const QString &startDirectory)
             Qt::QueuedConnection);
     connect(m_view, &QQuickWindow::sceneGraphInitialized, this, &Application::checkOpenGLVersion,
             Qt::DirectConnection);
+    // A driver that gives no context at all would end the program without a word.
+    connect(m_view, &QQuickWindow::sceneGraphError, this, &Application::displayOpenGLErrorMessage,
+            Qt::QueuedConnection);
     // By name: the event's type is private to Qt.
     connect(m_view, SIGNAL(closing(QQuickCloseEvent *)), this, SLOT(quit()));
     VxVideoPlugin::registerQmlTypes();
@@ -79,6 +83,7 @@ void Application::init(const QString &startDirectory)
     m_textureProvider = new VxTextureProvider(this, true, m_sharedMemory);
     m_globalObject = new VxGlobalObject(this);
     m_shaderBuilder = new VxShaderCodeBuilder(this);
+    // Neither of the two knows the other: their owner joins them.
     connect(m_shaderBuilder, &VxShaderCodeBuilder::projectionChanged, m_globalObject,
             &VxGlobalObject::onProjectionChanged);
     connect(m_shaderBuilder, &VxShaderCodeBuilder::projectionSourceChanged, m_globalObject,
@@ -109,12 +114,14 @@ void Application::init(const QString &startDirectory)
 
 std::unique_ptr<PicturePrefetch> Application::beginPrefetch() const
 {
-    const QString file = m_commandLine.value(kFiles).toStringList().value(0);
+    const QString argument = m_commandLine.value(kFiles).toStringList().value(0);
+    const QUrl url = MediaFormats::isUrl(argument) ? QUrl(argument) : QUrl::fromLocalFile(argument);
     // A vector image is decoded at the size at which it is shown.
-    const bool isVector = QFileInfo(file).suffix().startsWith(QLatin1String("svg"));
-    if (isVector || !QFileInfo(file).isFile())
+    const bool isVector =
+        QFileInfo(url.path()).suffix().startsWith(QLatin1String("svg"), Qt::CaseInsensitive);
+    if (isVector || !url.isLocalFile())
         return nullptr;
-    return std::make_unique<PicturePrefetch>(file);
+    return std::make_unique<PicturePrefetch>(url.toLocalFile());
 }
 
 void Application::setContextProperties()

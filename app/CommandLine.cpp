@@ -45,8 +45,11 @@ QVariantMap parse(const QStringList &arguments, const QString &startDirectory)
 
     QStringList files;
     const QStringList positional = parser.positionalArguments();
-    for (const QString &file : positional)
-        files.append(absoluteFile(file, startDirectory));
+    for (const QString &file : positional) {
+        // An empty argument, as a script with an unset variable gives it, is no folder to open.
+        if (!file.isEmpty())
+            files.append(absoluteFile(file, startDirectory));
+    }
 
     return {{QStringLiteral("udp"), parser.value(udp)},
             {QStringLiteral("adobeplugin"), parser.isSet(adobePlugin)},

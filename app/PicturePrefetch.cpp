@@ -2,6 +2,7 @@
 #include "app/PicturePrefetch.h"
 
 #include "app/ImageInspector.h"
+#include "app/MediaFormats.h"
 
 #include <QImageReader>
 
@@ -11,9 +12,19 @@ namespace {
 // limit is known, because it may then be scaled while it is decoded.
 constexpr int kMaxSide = 8192;
 
+/// The size that fits into \a limit, whose sides of 0 or less are none.
+QSize fitted(const QSize &size, const QSize &limit)
+{
+    const QSize bound(limit.width() > 0 ? limit.width() : size.width(),
+                      limit.height() > 0 ? limit.height() : size.height());
+    const bool fits = size.width() <= bound.width() && size.height() <= bound.height();
+    return fits ? size : size.scaled(bound, Qt::KeepAspectRatio);
+}
+
 QImage decode(const QString &path)
 {
-    if (!ImageInspector::canBeDecoded(path))
+    // What the media road refuses by its name need not be decoded.
+    if (!MediaFormats::isImage(QUrl::fromLocalFile(path)) || !ImageInspector::canBeDecoded(path))
         return {};
     QImageReader reader(path);
     reader.setDecideFormatFromContent(true);
@@ -30,8 +41,8 @@ QImage decodeWithin(const QString &path, const QSize &limit)
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    if (size.isValid() && (size.width() > limit.width() || size.height() > limit.height()))
-        reader.setScaledSize(size.scaled(limit, Qt::KeepAspectRatio));
+    if (size.isValid() && fitted(size, limit) != size)
+        reader.setScaledSize(fitted(size, limit));
     return reader.read();
 }
 
@@ -62,8 +73,9 @@ QImage PicturePrefetch::requestImage(const QString &id, QSize *size, const QSize
     QImage picture = m_picture.valid() ? m_picture.get() : QImage();
     if (picture.isNull())
         picture = decodeWithin(m_path, requestedSize);
-    else if (picture.width() > requestedSize.width() || picture.height() > requestedSize.height())
-        picture = picture.scaled(requestedSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    else if (fitted(picture.size(), requestedSize) != picture.size())
+        picture = picture.scaled(fitted(picture.size(), requestedSize), Qt::IgnoreAspectRatio,
+                                 Qt::SmoothTransformation);
     *size = picture.size();
     return picture;
 }

@@ -44,9 +44,10 @@ UnixSignals::UnixSignals(QObject *parent)
     auto *notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
         notifier->setEnabled(false);
+        setHandler(SIG_DFL, 0);
         Q_EMIT terminated();
     });
-    setHandler(onSignal, int(SA_RESTART | SA_RESETHAND));
+    setHandler(onSignal, SA_RESTART);
 }
 
 UnixSignals::~UnixSignals()

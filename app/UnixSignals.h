@@ -5,7 +5,7 @@
 
 #include <QObject>
 
-/// Turns the first SIGINT or SIGTERM into the signal terminated(); the second has its default
+/// Turns the first SIGINT or SIGTERM into the signal terminated(); the next has its default
 /// effect, so that a user can still end a program that hangs. One object at a time, made on the
 /// main thread.
 class UnixSignals : public QObject

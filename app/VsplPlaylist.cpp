@@ -21,6 +21,7 @@ QUrl absoluteUrl(const QDir &directory, const QString &path)
     return QUrl::fromLocalFile(QDir::toNativeSeparators(directory.absoluteFilePath(path)));
 }
 
+// What a playlist leaves out is empty, so that a thumbnail beside the medium can stand in for it.
 QUrl optionalUrl(const QDir &directory, const QString &path)
 {
     return path.isEmpty() ? QUrl() : absoluteUrl(directory, path);

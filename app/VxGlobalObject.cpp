@@ -28,7 +28,8 @@ constexpr int kLoopModeCount = 3;
 int displayTimeMs(const QVariant &seconds)
 {
     constexpr int kMaxSeconds = std::numeric_limits<int>::max() / 1000;
-    return std::clamp(seconds.toInt(), 0, kMaxSeconds) * 1000;
+    // No picture is seen for less than a second, and a timer of 0 would fire in every turn.
+    return std::clamp(seconds.toInt(), 1, kMaxSeconds) * 1000;
 }
 
 } // namespace

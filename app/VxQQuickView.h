@@ -6,6 +6,8 @@
 #include <QQuickView>
 #include <QSize>
 
+#include <atomic>
+
 class VxContext;
 
 /// Shows the scene, reports the GPU's facts and the frame rate, keeps the title and the full-screen
@@ -71,7 +73,7 @@ private:
     bool m_fullScreen = false;
     QSize m_maxTextureSize;
     QString m_gpuInfo;
-    int m_fps = 0;
+    std::atomic_int m_fps{0};
     // Of the rendering thread alone:
     int m_frameCount = 0;
     qint64 m_lastSecond = 0;

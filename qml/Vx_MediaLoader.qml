@@ -33,6 +33,8 @@ Item {
             vxView.updateTitle(url);
         }
 
+        // What the medium before said of itself must not turn this one.
+        mediaPlayer.fileMetadata = {};
         const fileMetadata = vxGlobalObject.readMetaData(url);
         const log = vxGlobalObject.logMetaData(url, fileMetadata);
         if (error === "") {
@@ -156,6 +158,8 @@ Item {
     // Leaves the player with an empty source; its words stay for the info screen.
     function handleFailure() {
         const message = mediaPlayer.errorString;
+        // The message stays until the user goes on, however much of the picture was seen.
+        vxGlobalObject.pauseTimerNextImage();
         mediaPlayer.mediaSource = "";
         mediaPlayer.errorString = message;
         displayMessage(message);

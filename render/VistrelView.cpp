@@ -188,7 +188,8 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     // A new node brings a new framebuffer, possibly under the old one's number. Without a texture
     // no shader is used.
     const bool kept = node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
-        && !m_state.overlay && printScreenRequested() == 0 && m_state == m_painted;
+        && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
+        && m_state == m_painted;
     m_pacer->setChanged(!kept);
     if (!kept) {
         m_frameKept = false;

@@ -156,14 +156,17 @@ void VxTextureProvider::onQsgTextureChanged()
         createRefreshTimer();
     if (!texture)
         return;
-    if (m_isImage) {
+    // The timer may fire between frames, when another context is current or none.
+    QOpenGLContext *current = QOpenGLContext::currentContext();
+    const bool inScene = current && current == m_context->window()->openglContext();
+    if (m_isImage && inScene) {
         // Small pictures share a texture with others; all are uploaded when they are first bound.
         if (texture->isAtlasTexture())
             texture = texture->removedFromAtlas();
         texture->bind();
     }
     const int id = texture->textureId();
-    if (!m_copyTexture || !QOpenGLContext::currentContext() || id <= 0 || m_isImage) {
+    if (!m_copyTexture || !inScene || id <= 0 || m_isImage) {
         setTextureSize(texture->textureSize());
         setTextureId(id);
         return;

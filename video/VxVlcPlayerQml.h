@@ -199,7 +199,7 @@ private:
     bool m_paintTexture = false;
     int m_volumePercent = -1; // as set last; -1: never
     bool m_volumePending = false; // until this run has reported its first time
-    int m_state = Idle; // as told last
+    int m_state = Idle; // as last reported
     bool m_errorTold = false;
     int m_durationTold = 0;
     libvlc_media_player_t *m_player = nullptr;

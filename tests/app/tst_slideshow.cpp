@@ -139,7 +139,7 @@ void TestSlideShow::displayTime_data()
     QTest::addColumn<int>("milliseconds");
     QTest::newRow("default") << QVariant() << 30000;
     QTest::newRow("chosen") << QVariant(7) << 7000;
-    QTest::newRow("negative") << QVariant(-7) << 0;
+    QTest::newRow("negative") << QVariant(-7) << 1000;
     QTest::newRow("more than the timer can count") << QVariant(99999999) << 2147483000;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The panorama on the screen: what the real program shows for a picture, its modes and what the
-// user does with mouse and keyboard, against the picture that the geometry demands.
+// user does with mouse and keyboard, against the picture that the geometry gives.
 
 #include "tests/e2e/PlayerProcess.h"
 

@@ -404,9 +404,9 @@ QImage TestVistrelView::expected()
         target.bind();
         gl->glClearColor(kBackground.redF(), kBackground.greenF(), kBackground.blueF(), 1);
         gl->glClear(GL_COLOR_BUFFER_BIT);
-        const auto program = PanoramaProgram::build(
-            "reference", modes().fragmentShaderSource(false, false, false),
-            PanoramaProgram::Nothing);
+        const auto program =
+            PanoramaProgram::build("reference", modes().fragmentShaderSource(false, false, false),
+                                   PanoramaProgram::Nothing);
         QOpenGLTexture texture(m_source, QOpenGLTexture::DontGenerateMipMaps);
         for (int eye = 0; program && eye < (split ? 2 : 1); ++eye) {
             gl->glViewport(eye * eyeWidth, 0, eyeWidth, eyeHeight);
