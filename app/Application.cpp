@@ -225,7 +225,11 @@ void Application::teardown()
     // Its players are gone: quit() has seen to that.
     delete m_videoPlugin;
     m_videoPlugin = nullptr;
-    // The scene: its items and its rendering thread use everything below.
+    // Before the scene graph's context: what the two share belongs to the rendering thread, and
+    // the last of them deletes it there.
+    delete m_shareContext;
+    m_shareContext = nullptr;
+    // The scene next: its items and its rendering thread use everything below.
     delete m_view;
     m_view = nullptr;
     // Before the builder and the texture provider, whose signals it receives.
@@ -233,9 +237,6 @@ void Application::teardown()
     m_globalObject = nullptr;
     delete m_shaderBuilder;
     m_shaderBuilder = nullptr;
-    // Shares with the scene graph's context, which went with the view.
-    delete m_shareContext;
-    m_shareContext = nullptr;
     // The last that holds textures.
     delete m_textureProvider;
     m_textureProvider = nullptr;
