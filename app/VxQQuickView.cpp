@@ -16,8 +16,11 @@ VxQQuickView::VxQQuickView(VxContext *context)
     : m_context(context)
     , m_gpuInfo(tr("Cannot get GPU version"))
 {
-    // The panorama paints the whole window under the scene graph.
+    // The window is cleared here to the panorama's own background, so that no item has to be drawn
+    // for it: on software OpenGL the first frame would wait for that item's shader.
     setClearBeforeRendering(false);
+    connect(this, &QQuickWindow::beforeRendering, this, &VxQQuickView::clearWindow,
+            Qt::DirectConnection);
     connect(this, &QWindow::windowStateChanged, this, &VxQQuickView::onWindowStateChanged);
     connect(this, &QQuickWindow::beforeRendering, this, &VxQQuickView::computeGpuInfo,
             Qt::DirectConnection);
@@ -112,6 +115,18 @@ void VxQQuickView::computeGpuInfo()
     m_maxTextureSize = QSize(maxSize, maxSize);
     Q_EMIT maxTextureSizeChanged();
     Q_EMIT gpuInfoChanged();
+}
+
+void VxQQuickView::clearWindow()
+{
+    constexpr float kBackground = 0.1333333F;
+    QOpenGLContext *context = QOpenGLContext::currentContext();
+    if (!context)
+        return;
+    QOpenGLFunctions *gl = context->functions();
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, context->defaultFramebufferObject());
+    gl->glClearColor(kBackground, kBackground, kBackground, 1);
+    gl->glClear(GL_COLOR_BUFFER_BIT);
 }
 
 void VxQQuickView::computeFps()

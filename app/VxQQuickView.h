@@ -60,6 +60,8 @@ protected Q_SLOTS:
     void onWindowStateChanged(Qt::WindowState state);
     /// On the rendering thread, once, before the first frame.
     void computeGpuInfo();
+    /// On the rendering thread, before every frame: gives the window its background.
+    void clearWindow();
     /// On the rendering thread, after every frame.
     void computeFps();
 

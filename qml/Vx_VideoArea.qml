@@ -50,13 +50,6 @@ Item {
         }
     }
 
-    Rectangle {
-        anchors.fill: parent
-        // The panorama covers the area: what lies below it would be drawn for nothing.
-        visible: !panorama.visible
-        color: "#222222"
-    }
-
     VistrelView {
         id: panorama
 
