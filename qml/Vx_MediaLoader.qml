@@ -229,6 +229,8 @@ Item {
     Vx_MediaPlayer {
         id: videoPlayer
 
+        // A picture need not wait for the item that plays videos.
+        asynchronous: true
         visible: loader.isVideo
         volume: vxSettings.get("application/volume")
         onVolumeChanged: vxSettings.set("application/volume", volume)
