@@ -143,9 +143,13 @@ MovAtom::Error SampleTableAtom::GetDisplayTime(uint32_t index, int64_t *time) co
     Error error = GetSampleTime(index, &decodingTime, &duration);
     if (error == ERROR_OKAY && compositionOffsets)
         error = compositionOffsets->GetSampleDelta(index, &delta);
-    if (error == ERROR_OKAY)
-        *time = static_cast<int64_t>(decodingTime) + delta;
-    return error;
+    if (error != ERROR_OKAY)
+        return error;
+    // Durations in a hostile file add up to more than a signed time can say.
+    if (decodingTime > static_cast<uint64_t>(INT64_MAX - std::max(delta, 0)))
+        return ERROR_MALFORMED_ATOM;
+    *time = static_cast<int64_t>(decodingTime) + delta;
+    return ERROR_OKAY;
 }
 
 MovAtom::Error SampleTableAtom::GetSampleIndexForTime(uint64_t time, uint32_t *index) const

@@ -52,7 +52,8 @@ public:
     /// Decoding time and duration; ERROR_ATOM_NOT_FOUND without `stts`.
     [[nodiscard]] Error GetSampleTime(uint32_t index, uint64_t *time, uint32_t *duration) const;
 
-    /// The same with the composition offset; may be negative.
+    /// The same with the composition offset; may be negative. A time that the number cannot hold
+    /// is ERROR_MALFORMED_ATOM.
     [[nodiscard]] Error GetDisplayTime(uint32_t index, int64_t *time) const;
 
     [[nodiscard]] Error GetSampleIndexForTime(uint64_t time, uint32_t *index) const;
