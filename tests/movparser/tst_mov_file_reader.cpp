@@ -25,6 +25,7 @@ private Q_SLOTS:
     void questionsWithoutAVideoTrack();
     void questionsWithoutAnAnswerPlace();
     void anotherFileReplacesTheFirst();
+    void aFailedOpenLeavesNothing();
     void samplesAreFoundAndRead();
     void tablesOutliveTheirReader();
     void aWalkIsTheSameInEveryOrder();
@@ -293,6 +294,19 @@ void tst_MovFileReader::anotherFileReplacesTheFirst()
     QCOMPARE(reader.Open(QString()), 0x10001u);
     QVERIFY(!reader.HasVideo());
     QCOMPARE(reader.GetMoviePosition(), uint64_t(0));
+    uint64_t position = 0;
+    uint64_t size = 0;
+    QVERIFY(reader.LocateMediaData(&position, &size) != 0); // the file before is closed
+}
+
+void tst_MovFileReader::aFailedOpenLeavesNothing()
+{
+    const Box broken = movie({TestTrack()}, {Box("trak").child(Box("free"))});
+    MovFileReader reader;
+    QVERIFY(reader.Open(store(movieFile(broken))) != 0);
+    QVERIFY(reader.Movie().tracks.empty());
+    QVERIFY(!reader.HasVideo());
+    QCOMPARE(reader.Movie().header.duration, 0u);
 }
 
 namespace {
