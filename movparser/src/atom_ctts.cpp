@@ -10,7 +10,6 @@ MovAtom::Error CompositionOffsetsAtom::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
     uint32_t count = 0;
-    m_cursor = {};
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
     MOV_READ(scope, entries.Read(buffer, count));
@@ -42,7 +41,6 @@ uint64_t CompositionOffsetsAtom::GetSize() const
 
 void CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
 {
-    m_cursor = {};
     if (!entries.empty() && entries.back().sampleDelta == delta)
         entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta});
     else
@@ -53,8 +51,9 @@ MovAtom::Error CompositionOffsetsAtom::GetSampleDelta(uint32_t index, int32_t *d
 {
     if (!delta || entries.empty())
         return ERROR_INVALID_ARG;
+    m_cursor.Follow(entries);
     if (index < m_cursor.samples)
-        m_cursor = {};
+        m_cursor.Rewind();
     while (m_cursor.entry < entries.size()) {
         const CompositionOffsetsTableEntry entry = entries[m_cursor.entry];
         if (index - m_cursor.samples < entry.sampleCount) {

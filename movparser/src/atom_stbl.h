@@ -76,7 +76,9 @@ private:
     // Where a sample lies in its chunk, from the last look-up on.
     struct PositionCursor
     {
-        uint32_t chunk = 0;
+        uint64_t sizes = 0; ///< Version of the table of sizes.
+        uint32_t first = 0; ///< Index of the chunk's first sample.
+        uint64_t chunkPosition = 0;
         uint32_t index = 0;
         uint64_t position = 0;
     };

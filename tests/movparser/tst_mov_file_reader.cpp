@@ -29,6 +29,7 @@ private Q_SLOTS:
     void samplesAreFoundAndRead();
     void tablesOutliveTheirReader();
     void aWalkIsTheSameInEveryOrder();
+    void aReplacedTableIsLookedUpAnew();
     void aTrackThatWasAddedIsReadBack();
 
 private:
@@ -445,6 +446,34 @@ void tst_MovFileReader::aWalkIsTheSameInEveryOrder()
         QCOMPARE(jumped.time, walked.time);
         QCOMPARE(jumped.duration, walked.duration);
     }
+}
+
+// The cursors of the look-ups must not outlive the tables that they are places in.
+void tst_MovFileReader::aReplacedTableIsLookedUpAnew()
+{
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie({fiveSamples()})))), 0u);
+    SampleTableAtom &table = *reader.Movie().tracks.front().Information().GetSampleTable();
+    SampleInfo info;
+    QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY); // all cursors at the end
+    table.timeToSample->entries = {{5, 100}};
+    table.compositionOffsets->entries = {{5, 1}};
+    table.sampleToChunk.entries = {{1, 5, 1}};
+    table.sampleSizes.sizes = {10, 20, 30, 40, 50};
+    table.chunkOffsets.offsets = {7000};
+    QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY);
+    QCOMPARE(info.position, uint64_t(7100));
+    QCOMPARE(info.time, uint64_t(401));
+    table.sampleSizes.sizes.Set(0, 11);
+    table.timeToSample->entries.Set(0, {5, 200});
+    QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY);
+    QCOMPARE(info.position, uint64_t(7101));
+    QCOMPARE(info.time, uint64_t(801));
+    uint32_t index = 0;
+    table.timeToSample->entries.clear();
+    table.timeToSample->entries.push_back({5, 1});
+    QCOMPARE(table.GetSampleIndexForTime(3, &index), MovAtom::ERROR_OKAY);
+    QCOMPARE(index, 3u);
 }
 
 void tst_MovFileReader::aTrackThatWasAddedIsReadBack()
