@@ -36,6 +36,7 @@ private Q_SLOTS:
     void filesAreWritten();
     void samplesAreSplit_data();
     void samplesAreSplit();
+    void piecesGoWithTheirBytes();
     void piecesGetTheirTimes();
     void errorsPrintOneLine_data();
     void errorsPrintOneLine();
@@ -384,6 +385,29 @@ void tst_Buffers::samplesAreSplit()
     QTEST(pool.is_key, "key");
     QCOMPARE(QByteArray(reinterpret_cast<char *>(block.get()), sample.size()).toHex(),
              stored.toHex());
+}
+
+void tst_Buffers::piecesGoWithTheirBytes()
+{
+    const QByteArray prefixed = Box::encode(4, 4).append("\x41one").repeated(3);
+    const QByteArray codes = QByteArray("\0\0\0\1\x41two", 8).repeated(2);
+    const QByteArray large = QByteArray("\0\0\0\1\x41", 5).append(QByteArray(4000, 'l'));
+    SamplePoolBuffer pool;
+    const auto fill = [&pool](const QByteArray &sample) {
+        const bool filled = pool.Alloc(size_t(sample.size())) == GenericBuffer::ERROR_OKAY;
+        std::memcpy(pool.GetData(), sample.constData(), size_t(sample.size()));
+        return filled;
+    };
+    QVERIFY(fill(prefixed));
+    QCOMPARE(pool.Parse(), size_t(2));
+    for (const QByteArray &next : {codes, prefixed, large, codes}) {
+        QVERIFY(fill(next)); // in the same block, in a larger one
+        QCOMPARE(pool.GetPieceCount(), size_t(0));
+        QVERIFY(!pool.GetPiece(0));
+        QCOMPARE(pool.Parse(), size_t(next == large ? 1 : 2));
+        QCOMPARE(pool.GetPiece(0)->GetData(), pool.GetData());
+        QCOMPARE(char(pool.GetPiece(0)->GetData()[5]), next[5]);
+    }
 }
 
 void tst_Buffers::piecesGetTheirTimes()
