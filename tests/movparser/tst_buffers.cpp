@@ -250,6 +250,7 @@ void tst_Buffers::filesAreReadInWholeBlocks_data()
     row("behind the end, still in its block", 2040, 4, FileReader::ERROR_OKAY, 504, 512);
     row("in a block behind the end", 2048, 4, FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF, 0, 0);
     row("more than any memory", 0, INT64_MAX, FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF, 0, 0);
+    row("nothing, at the border of a block", 512, 0, FileReader::ERROR_READ_FAILED, 0, 0);
     row("before the file", -1, 4, FileReader::ERROR_FILE_POSITION, 0, 0);
 }
 
@@ -270,6 +271,7 @@ void tst_Buffers::filesAreReadInWholeBlocks()
     SyncFileReaderQt reader;
     QCOMPARE(reader.Open(path.toUtf8().constData()), FileReader::ERROR_OKAY);
     FileBuffer buffer;
+    QCOMPARE(reader.Read(buffer, 0, 600), FileReader::ERROR_OKAY); // a buffer may be used again
     QCOMPARE(int(reader.Read(buffer, position, length)), error);
     if (error != FileReader::ERROR_OKAY)
         return;
