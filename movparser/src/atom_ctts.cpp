@@ -39,12 +39,13 @@ uint64_t CompositionOffsetsAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
-void CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
+MovAtom::Error CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
 {
-    if (!entries.empty() && entries.back().sampleDelta == delta)
-        entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta});
-    else
-        entries.push_back({count, delta});
+    const bool longer = !entries.empty() && entries.back().sampleDelta == delta;
+    const bool added = longer
+        ? entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta})
+        : entries.push_back({count, delta});
+    return added ? ERROR_OKAY : ERROR_MEM_ALLOC;
 }
 
 MovAtom::Error CompositionOffsetsAtom::GetSampleDelta(uint32_t index, int32_t *delta) const

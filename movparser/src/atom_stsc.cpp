@@ -41,13 +41,14 @@ uint64_t SampleToChunkAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
-void SampleToChunkAtom::AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk,
-                                 uint32_t sampleDescriptionId)
+MovAtom::Error SampleToChunkAtom::AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk,
+                                           uint32_t sampleDescriptionId)
 {
     if (!entries.empty() && entries.back().samplesPerChunk == samplesPerChunk
         && entries.back().sampleDescriptionId == sampleDescriptionId)
-        return;
-    entries.push_back({firstChunk, samplesPerChunk, sampleDescriptionId});
+        return ERROR_OKAY;
+    return entries.push_back({firstChunk, samplesPerChunk, sampleDescriptionId}) ? ERROR_OKAY
+                                                                                 : ERROR_MEM_ALLOC;
 }
 
 MovAtom::Error SampleToChunkAtom::GetChunk(uint32_t index, SampleChunk *chunk) const

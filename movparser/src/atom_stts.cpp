@@ -41,12 +41,13 @@ uint64_t TimeToSampleAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
-void TimeToSampleAtom::AddEntry(uint32_t count, uint32_t duration)
+MovAtom::Error TimeToSampleAtom::AddEntry(uint32_t count, uint32_t duration)
 {
-    if (!entries.empty() && entries.back().sampleDuration == duration)
-        entries.Set(entries.size() - 1, {entries.back().sampleCount + count, duration});
-    else
-        entries.push_back({count, duration});
+    const bool longer = !entries.empty() && entries.back().sampleDuration == duration;
+    const bool added = longer
+        ? entries.Set(entries.size() - 1, {entries.back().sampleCount + count, duration})
+        : entries.push_back({count, duration});
+    return added ? ERROR_OKAY : ERROR_MEM_ALLOC;
 }
 
 MovAtom::Error TimeToSampleAtom::GetSampleTime(uint32_t index, uint64_t *time,

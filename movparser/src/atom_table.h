@@ -73,7 +73,7 @@ public:
     AtomTable(std::initializer_list<T> entries)
     {
         for (const T &entry : entries)
-            push_back(entry);
+            static_cast<void>(push_back(entry));
     }
 
     AtomTable(const AtomTable &other)
@@ -119,28 +119,36 @@ public:
         return entry;
     }
 
-    /// Without memory for a copy of shared bytes the table stays as it is.
-    void Set(size_t index, const T &entry)
+    // Without memory these return false.
+
+    /// Takes memory when the bytes are shared; without it the table stays as it is.
+    [[nodiscard]] bool Set(size_t index, const T &entry)
     {
         if (!Reserve(m_size))
-            return;
+            return false;
         m_version = NewTableVersion();
         Encode(index, entry);
+        return true;
     }
 
     /// Appends; without memory the table stays as it is.
-    void push_back(const T &entry)
+    [[nodiscard]] bool push_back(const T &entry)
     {
         if ((m_owner || m_size == m_capacity) && !Reserve(m_size < 8 ? 16 : m_size * 2))
-            return;
+            return false;
         Encode(m_size++, entry);
+        return true;
     }
 
-    void assign(size_t count, const T &entry)
+    /// Without memory the table is empty.
+    [[nodiscard]] bool assign(size_t count, const T &entry)
     {
         clear();
-        while (count-- > 0)
-            push_back(entry);
+        if (!Reserve(count))
+            return false;
+        while (m_size < count)
+            Encode(m_size++, entry);
+        return true;
     }
 
     void clear()

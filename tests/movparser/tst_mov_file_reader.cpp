@@ -401,7 +401,7 @@ void tst_MovFileReader::tablesOutliveTheirReader()
     for (const MovieAtom *left : {&copy, &moved}) {
         SampleTableAtom *table = left->tracks.front().Information().GetSampleTable();
         QCOMPARE(table->sampleSizes.AddSample(6), MovAtom::ERROR_OKAY);
-        table->chunkOffsets.offsets.Set(0, 7);
+        QVERIFY(table->chunkOffsets.offsets.Set(0, 7));
         QCOMPARE(table->chunkOffsets.offsets[0], uint64_t(7));
         QCOMPARE(table->chunkOffsets.offsets[2], uint64_t(3000));
         uint32_t bytes = 0;
@@ -464,14 +464,14 @@ void tst_MovFileReader::aReplacedTableIsLookedUpAnew()
     QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY);
     QCOMPARE(info.position, uint64_t(7100));
     QCOMPARE(info.time, uint64_t(401));
-    table.sampleSizes.sizes.Set(0, 11);
-    table.timeToSample->entries.Set(0, {5, 200});
+    QVERIFY(table.sampleSizes.sizes.Set(0, 11));
+    QVERIFY(table.timeToSample->entries.Set(0, {5, 200}));
     QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY);
     QCOMPARE(info.position, uint64_t(7101));
     QCOMPARE(info.time, uint64_t(801));
     uint32_t index = 0;
     table.timeToSample->entries.clear();
-    table.timeToSample->entries.push_back({5, 1});
+    QVERIFY(table.timeToSample->entries.push_back({5, 1}));
     QCOMPARE(table.GetSampleIndexForTime(3, &index), MovAtom::ERROR_OKAY);
     QCOMPARE(index, 3u);
 }
