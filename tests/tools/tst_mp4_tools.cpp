@@ -428,18 +428,31 @@ void tst_Mp4Tools::infoSaysWhatFailed()
 void tst_Mp4Tools::infoSaysWhatIsNotUsed()
 {
     TestTrack track;
-    track.children = {
-        Box("uuid").zeros(16).raw("x<GSpherical:StereoMode>left-right</GSpherical:StereoMode>")};
+    const QByteArray text =
+        "x<GSpherical:StereoMode>left-right</GSpherical:StereoMode>"
+        "<GSpherical:StitchingSoftware>\x1b[2J</GSpherical:StitchingSoftware>";
+    const QByteArray identifier = QByteArray::fromHex("ffcc8263f8554a938814587a02521fdd");
+    track.name = "A Tavro Camera";
+    track.children = {Box("uuid").raw(identifier).raw(text)};
     track.descriptionChildren = {Box("sv3d").child(
         Box("proj").child(Box::full("equi").zeros(16)).child(Box::full("cbmp").zeros(8)))};
     const QString path = m_out->filePath(QStringLiteral("in.mp4"));
-    QVERIFY(writeFile(path, movieFile(movie({track}, {Box("udta").child(Box("CAME").u8(1))}))));
-    const QByteArray text = run(QStringLiteral(TAVRO_MP4INFO), {path}).output;
+    QVERIFY(writeFile(
+        path,
+        movieFile(
+            movie({track}, {Box("udta").child(Box("CAME").u8(1)).child(Box("FIRM").raw("1.0"))}))));
+    const QByteArray seen = run(QStringLiteral(TAVRO_MP4INFO), {path}).output;
     for (const char *line :
-         {"spherical document (V1, left-right", "cbmp in description 1 of track 1",
-          "CAME in the user data", "equirectangular  (sv3d of the first description)",
+         {"spherical document (V1, left-right, stitched by '\\x1b[2J')", "yes  (named as handler)",
+          "cbmp in description 1 of track 1", "CAME in the user data",
+          "equirectangular  (sv3d of the first description)",
           "mono  (st3d missing in the first description)"})
-        QVERIFY2(text.contains(line), text.constData());
+        QVERIFY2(seen.contains(line), seen.constData());
+    QVERIFY(!seen.contains('\x1b'));
+
+    track.children = {Box("uuid").zeros(16).raw(text)}; // somebody else's
+    QVERIFY(writeFile(path, movieFile(movie({track}))));
+    QVERIFY(!run(QStringLiteral(TAVRO_MP4INFO), {path}).output.contains("spherical document"));
 }
 
 QTEST_GUILESS_MAIN(tst_Mp4Tools)
