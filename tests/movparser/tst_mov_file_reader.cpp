@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole files through the reader: what opens, what is answered, and what is printed.
 #include "movie.h"
+#include "movparser/src/atom_elst.h"
+#include "movparser/src/atom_tcmi.h"
 #include "movparser/src/mov_file_reader.h"
 #include "movparser/src/sync_file_writer_qt.h"
 #include "stderr_capture.h"
@@ -30,6 +32,8 @@ private Q_SLOTS:
     void tablesOutliveTheirReader();
     void aWalkIsTheSameInEveryOrder();
     void aReplacedTableIsLookedUpAnew();
+    void linesArePrintedInTheirOrder();
+    void anotherMovieReplacesTheFirst();
     void aTrackThatWasAddedIsReadBack();
 
 private:
@@ -278,6 +282,7 @@ void tst_MovFileReader::questionsWithoutAnAnswerPlace()
     QCOMPARE(reader.GetProjection(nullptr), 5u);
     QCOMPARE(reader.GetStereoMode(nullptr), 5u);
     QCOMPARE(reader.GetWritingTool(nullptr), 5u);
+    QCOMPARE(reader.GetEsds(nullptr), 5u);
 }
 
 void tst_MovFileReader::anotherFileReplacesTheFirst()
@@ -474,6 +479,29 @@ void tst_MovFileReader::aReplacedTableIsLookedUpAnew()
     QVERIFY(table.timeToSample->entries.push_back({5, 1}));
     QCOMPARE(table.GetSampleIndexForTime(3, &index), MovAtom::ERROR_OKAY);
     QCOMPARE(index, 3u);
+}
+
+void tst_MovFileReader::linesArePrintedInTheirOrder()
+{
+    std::string text;
+    EditListAtom edits;
+    edits.entries = {{10, 0, 0x10000}};
+    edits.PrintToString(&text, 0);
+    QVERIFY(text.find("Edit List Table: (") < text.find("NumberOfEntries In"));
+    text.clear();
+    TimeCodeMediaInformationAtom("Sans").PrintToString(&text, 0);
+    QVERIFY(text.find("Name: Sans") < text.find("resered: "));
+}
+
+void tst_MovFileReader::anotherMovieReplacesTheFirst()
+{
+    MovieAtom atom;
+    ExactBuffer first(movie().bytes());
+    QCOMPARE(atom.Read(*first), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.header.duration, 600u);
+    ExactBuffer second(Box("moov").child(TestTrack().box()).bytes());
+    QCOMPARE(atom.Read(*second), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.header.duration, 0u);
 }
 
 void tst_MovFileReader::aTrackThatWasAddedIsReadBack()
