@@ -119,6 +119,9 @@ QStringList atomNames(RawAtom spherical)
         for (const RawAtom &part : child.children) {
             uint8_t type[4];
             writeBigEndian(type, sizeof type, part.type);
+            std::replace_if(
+                std::begin(type), std::end(type), [](uint8_t c) { return c < 0x20 || c > 0x7E; },
+                uint8_t{'?'}); // the names are printed
             names.append(QString::fromLatin1(reinterpret_cast<const char *>(type), sizeof type));
         }
     }
