@@ -59,12 +59,13 @@ MovAtom::Error SampleDescriptionAtom::Read(FileBuffer &buffer)
     entries.clear();
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
-    // An empty entry has just the fields that each is read with: no honest buffer has more of them.
-    const std::unique_ptr<SampleDescription> empty = MakeDescription(mediaType);
-    if (count != 0 && (!empty || count > buffer.BytesLeft() / empty->GetSize()))
+    // Entries may overlap, but each begins with its own fields: no buffer has more than this.
+    if (count > buffer.BytesLeft() / SampleDescription().GetSize())
         return scope.Fail();
     for (uint32_t i = 0; i < count; ++i) {
         std::unique_ptr<SampleDescription> entry = MakeDescription(mediaType);
+        if (!entry)
+            return scope.Fail();
         MOV_READ(scope, entry->Read(buffer));
         entries.emplace_back(std::move(entry));
     }

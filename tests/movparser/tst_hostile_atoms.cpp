@@ -22,7 +22,6 @@ private Q_SLOTS:
     void aSampleWithoutAPlaceIsRefused();
     void aTimeThatNoNumberHoldsIsRefused_data();
     void aTimeThatNoNumberHoldsIsRefused();
-    void descriptionsHaveRoomForTheirFields();
     void anyFlippedByteIsSurvived();
 };
 
@@ -308,20 +307,6 @@ void tst_HostileAtoms::aTimeThatNoNumberHoldsIsRefused()
     QCOMPARE(movie.Read(*buffer), MovAtom::ERROR_OKAY);
     SampleInfo info;
     QTEST(int(movie.tracks[0].Information().GetSampleInfo(kSamples - 1, &info)), "error");
-}
-
-// The second of two entries may not begin within the first one's fields.
-void tst_HostileAtoms::descriptionsHaveRoomForTheirFields()
-{
-    constexpr int kFields = 86;
-    for (const int first : {kFields - 1, kFields}) {
-        const QByteArray entry = Box("avc1").zeros(kFields - 8).claims(uint32_t(first)).bytes();
-        ExactBuffer buffer(Box::full("stsd").u32(2).raw(entry.left(first)).raw(entry).bytes());
-        SampleDescriptionAtom atom;
-        atom.mediaType = FourCC("vide");
-        QCOMPARE(atom.Read(*buffer),
-                 first < kFields ? MovAtom::ERROR_ATOM_READ_FAILED : MovAtom::ERROR_OKAY);
-    }
 }
 
 void tst_HostileAtoms::anyFlippedByteIsSurvived()
