@@ -7,6 +7,8 @@
 
 #include <QJsonArray>
 
+#include <cstring>
+
 using namespace Tavro::MovParserLib;
 
 namespace {
@@ -16,6 +18,19 @@ QString errorText(uint32_t error)
     return QStringLiteral("0x%1 %2")
         .arg(error, 0, 16)
         .arg(QString::fromStdString(ErrorText(error & ~kCodeBits, error & kCodeBits)));
+}
+
+/// A string of the file with its control characters escaped: they would steer the terminal.
+QString printable(const QString &text)
+{
+    QString escaped;
+    for (const QChar character : text) {
+        if (character.category() == QChar::Other_Control)
+            escaped += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            escaped += character;
+    }
+    return escaped;
 }
 
 /// The value as `toValue` makes it, or the failure.
@@ -72,10 +87,11 @@ void listUnusedOfTrack(const TrackAtom &track, bool isFirstVideo, const QString 
 {
     const SampleDescriptionAtom *descriptions = track.SampleDescriptions();
     const bool readable = descriptions && descriptions->Video();
-    if (track.spherical && (readable || !isFirstVideo)) {
+    if (track.spherical && track.spherical->hasOwnIdentifier && (readable || !isFirstVideo)) {
         list->append(QStringLiteral("spherical document (V1, %1, stitched by '%2') in %3: %4")
                          .arg(stereoModeName(track.spherical->GetStereoMode()),
-                              QString::fromStdString(track.spherical->StitchingSoftware), place,
+                              printable(QString::fromStdString(track.spherical->StitchingSoftware)),
+                              place,
                               readable ? QStringLiteral("the sample description answers alone")
                                        : QStringLiteral("not the first video track")));
     }
@@ -196,7 +212,7 @@ QString MovieReport::toText() const
     text += line(
         "writing tool", m_writingTool,
         [](const std::string &tool) {
-            return QStringLiteral("'%1'").arg(QString::fromStdString(tool));
+            return QStringLiteral("'%1'").arg(printable(QString::fromStdString(tool)));
         },
         sphericalReason("sv3d"));
     text += line(
@@ -213,9 +229,14 @@ QString MovieReport::makerReason() const
     const UserDataAtom *userData = m_reader.Movie().user_data.get();
     if (m_isMakerFile.error != 0)
         return QStringLiteral("the first track's handler has no name");
+    // As the reader looks: the handler's name comes first.
+    char name[256] = {};
+    if (m_reader.Movie().tracks.front().GetName(name) == MovAtom::ERROR_OKAY
+        && std::strstr(name, "Tavro"))
+        return QStringLiteral("named as handler");
     if (userData && userData->GetFirmware(&firmware) == MovAtom::ERROR_OKAY && firmware)
-        return QStringLiteral("firmware '%1'").arg(QString::fromUtf8(firmware));
-    return m_isMakerFile.value ? QStringLiteral("named as handler or encoding tool")
+        return QStringLiteral("firmware '%1'").arg(printable(QString::fromUtf8(firmware)));
+    return m_isMakerFile.value ? QStringLiteral("named as encoding tool")
                                : QStringLiteral("no sign in handler, firmware or encoding tool");
 }
 

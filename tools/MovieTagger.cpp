@@ -83,7 +83,7 @@ bool MovieTagger::load(const TopLevelAtom &atom, RawAtom *into)
 bool MovieTagger::apply(const MovieTags &tags)
 {
     QString why;
-    if (!tagFirstVideoTrack(&m_movie, tags, &why))
+    if (!tagFirstVideoTrack(&m_movie, tags, &why, &m_lost))
         return fail(why);
     m_shift = relocateChunks(&m_movie, m_oldMovie.size, m_oldMovie.position + m_oldMovie.size);
     return true;

@@ -25,6 +25,9 @@ public:
 
     QString errorString() const { return m_error; }
 
+    /// What of the film's own metadata `apply` could not keep.
+    const QStringList &lost() const { return m_lost; }
+
 private:
     struct TopLevelAtom
     {
@@ -45,4 +48,5 @@ private:
     RawAtom m_movie;
     OffsetShift m_shift;
     QString m_error;
+    QStringList m_lost;
 };

@@ -4,6 +4,8 @@
 #include "movparser/src/atom_moov.h"
 #include "movparser/src/video_sample_description.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 
 using namespace Tavro::MovParserLib;
@@ -21,9 +23,14 @@ bool isSphericalDocument(const RawAtom &atom)
                       atom.fields.begin());
 }
 
+bool isStereoAtom(const RawAtom &atom)
+{
+    return atom.type == stereoVideoAtom::kType;
+}
+
 bool isSphericalAtom(const RawAtom &atom)
 {
-    return atom.type == stereoVideoAtom::kType || atom.type == sphericalVideoAtom::kType;
+    return atom.type == sphericalVideoAtom::kType;
 }
 
 /// Reads an atom's bytes into an object of the library.
@@ -80,10 +87,71 @@ bool applyTags(TrackAtom *track, const MovieTags &tags, QString *why)
     return (!tags.stereoMode || check(track->SetStereoMode(*tags.stereoMode)))
         && (!tags.pose
             || check(track->SetInitialPose((*tags.pose)[0], (*tags.pose)[1], (*tags.pose)[2])))
-        && (!tags.tool || check(track->SetWritingTool(*tags.tool, 0)))
+        && (!tags.tool
+            || check(track->SetWritingTool(*tags.tool,
+                                           track->spherical ? track->spherical->SourceCount : 0)))
         && (tags.projection != kProjectionEquirectangular
             || check(track->SetEquirectangular(0, 0, 0, 0)))
         && (tags.projection != kProjectionCubemap || check(track->SetCubemap(0, 0)));
+}
+
+/// The names of the elements in the older form's document.
+QStringList elementNames(const std::vector<uint8_t> &fields)
+{
+    const QString text = QString::fromLatin1(reinterpret_cast<const char *>(fields.data()),
+                                             static_cast<int>(fields.size()));
+    static const QRegularExpression opening(QStringLiteral("<GSpherical:(\\w+)>"));
+    QStringList names;
+    for (auto match = opening.globalMatch(text); match.hasNext();)
+        names.append(match.next().captured(1));
+    return names;
+}
+
+/// The types of the atoms in `sv3d` and its `proj`.
+QStringList atomNames(RawAtom spherical)
+{
+    QStringList names;
+    spherical.split(0);
+    for (RawAtom &child : spherical.children) {
+        if (child.type != sphericalProjectionAtom::kType)
+            continue;
+        child.split(0);
+        for (const RawAtom &part : child.children) {
+            uint8_t type[4];
+            writeBigEndian(type, sizeof type, part.type);
+            std::replace_if(
+                std::begin(type), std::end(type), [](uint8_t c) { return c < 0x20 || c > 0x7E; },
+                uint8_t{'?'}); // the names are printed
+            names.append(QString::fromLatin1(reinterpret_cast<const char *>(type), sizeof type));
+        }
+    }
+    return names;
+}
+
+/// Puts `atom`, which may be absent, in the place of the children that `isOld` matches, and adds
+/// what they named with `namesOf` and it does not to `lost`.
+template <class Atom, class Predicate, class NamesOf>
+bool replaceChildren(RawAtom *in, const AtomPtr<Atom> &atom, Predicate isOld, NamesOf namesOf,
+                     QStringList *lost)
+{
+    QStringList before;
+    for (const RawAtom &child : in->children) {
+        if (isOld(child))
+            before += namesOf(child);
+    }
+    removeChildren(in, isOld);
+    if (!addChild(in, atom))
+        return false;
+    QStringList after;
+    for (const RawAtom &child : in->children) {
+        if (isOld(child))
+            after += namesOf(child);
+    }
+    for (const QString &name : before) {
+        if (!after.contains(name) && !lost->contains(name))
+            lost->append(name);
+    }
+    return true;
 }
 
 /// The raw atoms that the tags of a track lie in.
@@ -118,7 +186,7 @@ bool findNodes(RawAtom *movie, size_t trackIndex, TrackNodes *nodes)
 }
 } // namespace
 
-bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why)
+bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why, QStringList *lost)
 {
     MovieAtom parsed;
     movie->split(0);
@@ -141,6 +209,16 @@ bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why)
     if (document != nodes.track->children.cend() && !parse(*document, &track->spherical.Ensure()))
         track->spherical.reset();
 
+    // An atom that no option speaks of stays as its bytes are: the library keeps less of it.
+    const bool changesSpherical = tags.projection || tags.pose || tags.tool;
+    const bool changesDocument = changesSpherical || (tags.stereoMode && track->spherical);
+    const VideoSampleDescription *description = track->SampleDescriptions()->Video();
+    if (changesDocument && !tags.pose && description && description->spherical) {
+        // The document's own angles are not read.
+        std::array<float, 3> pose = {};
+        description->spherical->GetPose(&pose[0], &pose[1], &pose[2]);
+        track->spherical.Ensure().SetPose(pose[0], pose[1], pose[2]);
+    }
     if (!applyTags(track, tags, why))
         return false;
     uint32_t projection = kProjectionUnknown;
@@ -148,12 +226,17 @@ bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why)
         && projection == kProjectionCubemap)
         track->spherical.reset(); // it would contradict: the older form knows no cube map
 
-    const VideoSampleDescription *description = track->SampleDescriptions()->Video();
-    removeChildren(nodes.description, isSphericalAtom);
-    removeChildren(nodes.track, isSphericalDocument);
-    if (addChild(nodes.description, description->stereo)
-        && addChild(nodes.description, description->spherical)
-        && addChild(nodes.track, track->spherical))
+    description = track->SampleDescriptions()->Video();
+    const auto noNames = [](const RawAtom &) { return QStringList(); };
+    const auto documentNames = [](const RawAtom &atom) { return elementNames(atom.fields); };
+    if ((!tags.stereoMode
+         || replaceChildren(nodes.description, description->stereo, isStereoAtom, noNames, lost))
+        && (!changesSpherical
+            || replaceChildren(nodes.description, description->spherical, isSphericalAtom,
+                               atomNames, lost))
+        && (!changesDocument
+            || replaceChildren(nodes.track, track->spherical, isSphericalDocument, documentNames,
+                               lost)))
         return true;
     *why = QStringLiteral("cannot be tagged");
     return false;

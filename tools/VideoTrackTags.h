@@ -5,6 +5,7 @@
 #include "tools/RawAtom.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <array>
 #include <optional>
@@ -19,6 +20,7 @@ struct MovieTags
     std::optional<std::string> tool; ///< The program that wrote the film.
 };
 
-/// Tags the first video track. The library's atom classes make the atoms, in both generations of
-/// the metadata; all other bytes of the movie stay. False with the reason in `why`.
-bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why);
+/// Tags the first video track. The library's atom classes make the atoms that the tags speak of, in
+/// both generations of the metadata; all other bytes of the movie stay. False with the reason in
+/// `why`. `lost` gets the names of the elements and atoms that stood in those and are no more.
+bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why, QStringList *lost);

@@ -30,6 +30,7 @@ constexpr char kUsage[] =
     "  --projection equirectangular|cubemap\n"
     "  --stereo mono|left-right|top-bottom\n"
     "  --yaw D --pitch D --roll D   the orientation to begin with, in degrees;\n"
+    "                               at most 180, 90 and 180 either way;\n"
     "                               angles that are not given are 0\n"
     "  --tool TEXT                  the program that made the film\n"
     "  --help                       this text\n"
@@ -37,6 +38,8 @@ constexpr char kUsage[] =
     "OUT appears when it is complete. IN is never changed.\n";
 
 constexpr int kYaw = 0;
+constexpr int kPitch = 1;
+constexpr int kRoll = 2;
 constexpr int kProjection = 'p';
 constexpr int kStereo = 's';
 constexpr int kTool = 't';
@@ -64,12 +67,12 @@ bool choose(const std::map<std::string, uint32_t> &choices, std::optional<uint32
     return found != choices.end();
 }
 
-bool parseAngle(float *degrees)
+bool parseAngle(float limit, float *degrees)
 {
     char *end = nullptr;
     errno = 0;
     *degrees = std::strtof(optarg, &end);
-    return end != optarg && *end == '\0' && errno == 0 && std::isfinite(*degrees);
+    return end != optarg && *end == '\0' && errno == 0 && std::abs(*degrees) <= limit;
 }
 
 /// Takes one option; false when its value is no value.
@@ -88,7 +91,8 @@ bool takeOption(int option, MovieTags *tags)
     default:
         if (!tags->pose)
             tags->pose.emplace();
-        return parseAngle(&(*tags->pose)[static_cast<size_t>(option - kYaw)]);
+        return parseAngle(option == kPitch ? 90.0f : 180.0f,
+                          &(*tags->pose)[static_cast<size_t>(option - kYaw)]);
     }
 }
 
@@ -110,6 +114,9 @@ int tag(const QString &in, const QString &out, const MovieTags &tags)
     MovieTagger tagger;
     if (!tagger.read(input.handle()) || !tagger.apply(tags))
         return complain(in + QStringLiteral(": ") + tagger.errorString());
+    if (!tagger.lost().isEmpty())
+        complain(in + QStringLiteral(": not kept of its metadata: ")
+                 + tagger.lost().join(QStringLiteral(", ")));
     OutputFile output(out, g_interrupted);
     if (!output.open())
         return complain(out + QStringLiteral(": ") + output.errorString());
@@ -126,8 +133,8 @@ int main(int argc, char **argv)
     const option options[] = {{"projection", required_argument, nullptr, kProjection},
                               {"stereo", required_argument, nullptr, kStereo},
                               {"yaw", required_argument, nullptr, kYaw},
-                              {"pitch", required_argument, nullptr, kYaw + 1},
-                              {"roll", required_argument, nullptr, kYaw + 2},
+                              {"pitch", required_argument, nullptr, kPitch},
+                              {"roll", required_argument, nullptr, kRoll},
                               {"tool", required_argument, nullptr, kTool},
                               {"help", no_argument, nullptr, kHelp},
                               {nullptr, 0, nullptr, 0}};

@@ -10,7 +10,6 @@ MovAtom::Error CompositionOffsetsAtom::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
     uint32_t count = 0;
-    m_cursor = {};
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
     MOV_READ(scope, entries.Read(buffer, count));
@@ -40,21 +39,22 @@ uint64_t CompositionOffsetsAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
-void CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
+MovAtom::Error CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
 {
-    m_cursor = {};
-    if (!entries.empty() && entries.back().sampleDelta == delta)
-        entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta});
-    else
-        entries.push_back({count, delta});
+    const bool longer = !entries.empty() && entries.back().sampleDelta == delta;
+    const bool added = longer
+        ? entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta})
+        : entries.push_back({count, delta});
+    return added ? ERROR_OKAY : ERROR_MEM_ALLOC;
 }
 
 MovAtom::Error CompositionOffsetsAtom::GetSampleDelta(uint32_t index, int32_t *delta) const
 {
     if (!delta || entries.empty())
         return ERROR_INVALID_ARG;
+    m_cursor.Follow(entries);
     if (index < m_cursor.samples)
-        m_cursor = {};
+        m_cursor.Rewind();
     while (m_cursor.entry < entries.size()) {
         const CompositionOffsetsTableEntry entry = entries[m_cursor.entry];
         if (index - m_cursor.samples < entry.sampleCount) {

@@ -52,7 +52,7 @@ public:
     uint64_t GetSize() const override;
 
     /// Lengthens the last run when its offset is the same, else begins another.
-    void AddEntry(uint32_t count, int32_t delta);
+    [[nodiscard]] Error AddEntry(uint32_t count, int32_t delta);
 
     /// An empty table is ERROR_INVALID_ARG, a sample behind its end ERROR_INVALID_RET_VAL.
     [[nodiscard]] Error GetSampleDelta(uint32_t index, int32_t *delta) const;

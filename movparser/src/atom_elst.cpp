@@ -27,8 +27,8 @@ void EditListAtom::PrintToString(std::string *out, uint32_t depth) const
 {
     const PrintBlock block(out, depth, "EditListAtom");
     MovFullAtom::PrintToString(out, block.Depth());
-    PrintLine(out, block.Depth(), "NumberOfEntries In Edit List Table: %zu", entries.size());
     PrintLine(out, block.Depth(), "Edit List Table: (TrackDuration, MediaTime, MediaRate) ");
+    PrintLine(out, block.Depth(), "NumberOfEntries In Edit List Table: %zu", entries.size());
     for (const EditListTableEntry entry : entries)
         PrintLine(out, block.Depth(), "%d, %d, %f", entry.trackDuration, entry.mediaTime,
                   entry.mediaRate / 65536.0);

@@ -44,7 +44,7 @@ MovAtom::Error TavroKeymarkTagAtom::GetTag(uint32_t index, uint32_t *millisecond
 {
     if (!milliseconds || index > GetCount())
         return ERROR_INVALID_ARG;
-    // The place behind the last tag passes the test: callers ask until they see a 0.
+    // The place behind the last tag passes the test too and reads as 0.
     *milliseconds = index < GetCount() ? m_tags[index] : 0;
     return ERROR_OKAY;
 }

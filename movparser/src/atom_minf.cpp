@@ -77,28 +77,20 @@ MovAtom::Error MediaInformationAtom::AddSample(uint32_t bytes)
 MovAtom::Error MediaInformationAtom::AddSampleTime(uint32_t count, uint32_t duration)
 {
     SampleTableAtom *table = GetSampleTable();
-    if (!table)
-        return ERROR_INVALID_RET_VAL;
-    table->timeToSample.Ensure().AddEntry(count, duration);
-    return ERROR_OKAY;
+    return table ? table->timeToSample.Ensure().AddEntry(count, duration) : ERROR_INVALID_RET_VAL;
 }
 
 MovAtom::Error MediaInformationAtom::AddCompositionOffset(uint32_t count, int32_t delta)
 {
     SampleTableAtom *table = GetSampleTable();
-    if (!table)
-        return ERROR_INVALID_RET_VAL;
-    table->compositionOffsets.Ensure().AddEntry(count, delta);
-    return ERROR_OKAY;
+    return table ? table->compositionOffsets.Ensure().AddEntry(count, delta)
+                 : ERROR_INVALID_RET_VAL;
 }
 
 MovAtom::Error MediaInformationAtom::AddSyncSample(uint32_t number)
 {
     SampleTableAtom *table = GetSampleTable();
-    if (!table)
-        return ERROR_INVALID_RET_VAL;
-    table->syncSamples.Ensure().AddSample(number);
-    return ERROR_OKAY;
+    return table ? table->syncSamples.Ensure().AddSample(number) : ERROR_INVALID_RET_VAL;
 }
 
 MovAtom::Error MediaInformationAtom::AddSampleDependency(uint8_t dependency)
@@ -116,10 +108,11 @@ MovAtom::Error MediaInformationAtom::AddChunk(uint64_t position, uint32_t sample
     SampleTableAtom *table = GetSampleTable();
     if (!table)
         return ERROR_INVALID_RET_VAL;
-    table->chunkOffsets.AddChunk(position);
-    table->sampleToChunk.AddEntry(static_cast<uint32_t>(table->chunkOffsets.offsets.size()),
-                                  sampleCount, sampleDescriptionId);
-    return ERROR_OKAY;
+    const Error error = table->chunkOffsets.AddChunk(position);
+    if (error != ERROR_OKAY)
+        return error;
+    return table->sampleToChunk.AddEntry(static_cast<uint32_t>(table->chunkOffsets.offsets.size()),
+                                         sampleCount, sampleDescriptionId);
 }
 
 bool MediaInformationAtom::IsSyncSample(uint32_t index) const

@@ -17,6 +17,7 @@ constexpr uint64_t kReadsOfEachByte = 32;
 MovAtom::Error MovieAtom::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
+    header = MovieHeaderAtom();
     tracks.clear();
     unparsed.clear();
     user_data.reset();

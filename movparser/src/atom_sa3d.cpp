@@ -81,7 +81,7 @@ uint64_t spatialAudioAtom::GetSize() const
 uint32_t spatialAudioAtom::WrittenChannels() const
 {
     // 2 to the power of order + 1, not the square of order + 1 that a full sound field of that
-    // order has: the files that the maker's own tools write carry this number.
+    // order has; the two agree for an order of 1.
     return ambisonic_order != 0 && ambisonic_order <= kMaxOrder ? 1U << (ambisonic_order + 1)
                                                                 : num_channels;
 }

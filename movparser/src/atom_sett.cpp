@@ -51,7 +51,7 @@ MovAtom::Error TavroCameraSettingsAtom::Read(FileBuffer &buffer)
         MOV_READ(scope, ReadBytes(buffer, size - GetHeaderSize(), &payload));
         m_bytes = static_cast<uint32_t>(payload.size());
         // The fields are decoded from as many bytes as the payload has, but from the atom's own
-        // preamble on: a shift of 8 bytes that everything built on this record counts with.
+        // preamble on: each field comes from 8 bytes before its place in the payload.
         settings = Decode(buffer.GetData() + start, m_bytes);
         payload.resize((payload.size() + 3) / 4 * 4);
         for (size_t i = 0; i < payload.size(); i += 4)

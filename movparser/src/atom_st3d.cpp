@@ -25,7 +25,7 @@ void stereoVideoAtom::PrintToString(std::string *out, uint32_t depth) const
 {
     const PrintBlock block(out, depth, "spatialStereoVideoAtom");
     MovFullAtom::PrintToString(out, block.Depth());
-    // The number itself, as a character: readers of the dump compare bytes.
+    // The number itself as a character, so mostly one that does not show.
     PrintLine(out, block.Depth(), "stereo mode: %c", stereo_mode);
 }
 

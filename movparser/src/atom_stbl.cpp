@@ -21,7 +21,6 @@ template <class T> MovAtom::Error ReadMember(const ChildRange &range, T *table)
 MovAtom::Error SampleTableAtom::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
-    m_cursor = {};
     MOV_READ(scope, MovAtom::Read(buffer, kType));
     const ChildRange children(scope, size);
     sampleDescriptions = SampleDescriptionAtom();
@@ -113,8 +112,10 @@ MovAtom::Error SampleTableAtom::GetSamplePosition(uint32_t index, uint64_t *posi
         *position = chunkPosition + uint64_t(sampleSizes.uniformSize) * chunk.sample;
         return ERROR_OKAY;
     }
-    if (m_cursor.chunk != chunk.number || m_cursor.index > index)
-        m_cursor = {chunk.number, index - chunk.sample, chunkPosition};
+    const uint32_t first = index - chunk.sample;
+    if (m_cursor.sizes != sampleSizes.sizes.Version() || m_cursor.first != first
+        || m_cursor.chunkPosition != chunkPosition || m_cursor.index > index)
+        m_cursor = {sampleSizes.sizes.Version(), first, chunkPosition, first, chunkPosition};
     while (m_cursor.index < index) {
         uint32_t bytes = 0;
         error = sampleSizes.GetSampleSize(m_cursor.index, &bytes, nullptr);
@@ -143,9 +144,13 @@ MovAtom::Error SampleTableAtom::GetDisplayTime(uint32_t index, int64_t *time) co
     Error error = GetSampleTime(index, &decodingTime, &duration);
     if (error == ERROR_OKAY && compositionOffsets)
         error = compositionOffsets->GetSampleDelta(index, &delta);
-    if (error == ERROR_OKAY)
-        *time = static_cast<int64_t>(decodingTime) + delta;
-    return error;
+    if (error != ERROR_OKAY)
+        return error;
+    // Durations in a hostile file add up to more than a signed time can say.
+    if (decodingTime > static_cast<uint64_t>(INT64_MAX - std::max(delta, 0)))
+        return ERROR_MALFORMED_ATOM;
+    *time = static_cast<int64_t>(decodingTime) + delta;
+    return ERROR_OKAY;
 }
 
 MovAtom::Error SampleTableAtom::GetSampleIndexForTime(uint64_t time, uint32_t *index) const

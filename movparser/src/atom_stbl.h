@@ -52,7 +52,8 @@ public:
     /// Decoding time and duration; ERROR_ATOM_NOT_FOUND without `stts`.
     [[nodiscard]] Error GetSampleTime(uint32_t index, uint64_t *time, uint32_t *duration) const;
 
-    /// The same with the composition offset; may be negative.
+    /// The same with the composition offset; may be negative. A time that the number cannot hold
+    /// is ERROR_MALFORMED_ATOM.
     [[nodiscard]] Error GetDisplayTime(uint32_t index, int64_t *time) const;
 
     [[nodiscard]] Error GetSampleIndexForTime(uint64_t time, uint32_t *index) const;
@@ -75,7 +76,9 @@ private:
     // Where a sample lies in its chunk, from the last look-up on.
     struct PositionCursor
     {
-        uint32_t chunk = 0;
+        uint64_t sizes = 0; ///< Version of the table of sizes.
+        uint32_t first = 0; ///< Index of the chunk's first sample.
+        uint64_t chunkPosition = 0;
         uint32_t index = 0;
         uint64_t position = 0;
     };

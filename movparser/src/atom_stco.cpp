@@ -26,8 +26,10 @@ MovAtom::Error ChunkOffsetAtom::ReadNarrow(FileBuffer &buffer, uint32_t count)
     if (narrow.Read(buffer, count) != ERROR_OKAY)
         return ERROR_ATOM_READ_FAILED;
     offsets.clear();
-    for (const uint32_t offset : narrow)
-        offsets.push_back(offset);
+    for (const uint32_t offset : narrow) {
+        if (!offsets.push_back(offset))
+            return ERROR_ATOM_READ_FAILED;
+    }
     return ERROR_OKAY;
 }
 
@@ -59,9 +61,9 @@ uint64_t ChunkOffsetAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + offsets.size() * SizeOfOffset();
 }
 
-void ChunkOffsetAtom::AddChunk(uint64_t fileOffset)
+MovAtom::Error ChunkOffsetAtom::AddChunk(uint64_t fileOffset)
 {
-    offsets.push_back(fileOffset);
+    return offsets.push_back(fileOffset) ? ERROR_OKAY : ERROR_MEM_ALLOC;
 }
 
 MovAtom::Error ChunkOffsetAtom::GetOffset(uint32_t chunkNumber, uint64_t *fileOffset) const

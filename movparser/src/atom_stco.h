@@ -29,7 +29,7 @@ public:
     void PrintToString(std::string *out, uint32_t depth) const override;
     uint64_t GetSize() const override;
 
-    void AddChunk(uint64_t fileOffset);
+    [[nodiscard]] Error AddChunk(uint64_t fileOffset);
 
     /// Chunk numbers count from 1; others than the table's are ERROR_INVALID_ARG.
     [[nodiscard]] Error GetOffset(uint32_t chunkNumber, uint64_t *fileOffset) const;

@@ -10,7 +10,6 @@ MovAtom::Error SampleToChunkAtom::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
     uint32_t count = 0;
-    m_cursor = {};
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
     MOV_READ(scope, entries.Read(buffer, count));
@@ -42,14 +41,14 @@ uint64_t SampleToChunkAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
-void SampleToChunkAtom::AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk,
-                                 uint32_t sampleDescriptionId)
+MovAtom::Error SampleToChunkAtom::AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk,
+                                           uint32_t sampleDescriptionId)
 {
-    m_cursor = {};
     if (!entries.empty() && entries.back().samplesPerChunk == samplesPerChunk
         && entries.back().sampleDescriptionId == sampleDescriptionId)
-        return;
-    entries.push_back({firstChunk, samplesPerChunk, sampleDescriptionId});
+        return ERROR_OKAY;
+    return entries.push_back({firstChunk, samplesPerChunk, sampleDescriptionId}) ? ERROR_OKAY
+                                                                                 : ERROR_MEM_ALLOC;
 }
 
 MovAtom::Error SampleToChunkAtom::GetChunk(uint32_t index, SampleChunk *chunk) const
@@ -58,8 +57,9 @@ MovAtom::Error SampleToChunkAtom::GetChunk(uint32_t index, SampleChunk *chunk) c
         return ERROR_INVALID_ARG;
     if (entries.empty())
         return ERROR_MALFORMED_ATOM;
+    m_cursor.Follow(entries);
     if (index < m_cursor.samples)
-        m_cursor = {};
+        m_cursor.Rewind();
     // The last run has no end, so the walk stops there at the latest.
     while (m_cursor.entry + 1 < entries.size()) {
         const SampleToChunkTableEntry run = entries[m_cursor.entry];

@@ -63,7 +63,8 @@ public:
     uint64_t GetSize() const override;
 
     /// Begins another run unless the last one says the same.
-    void AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk, uint32_t sampleDescriptionId);
+    [[nodiscard]] Error AddEntry(uint32_t firstChunk, uint32_t samplesPerChunk,
+                                 uint32_t sampleDescriptionId);
 
     /// A run with no samples in its chunks, and an empty table, are ERROR_MALFORMED_ATOM.
     [[nodiscard]] Error GetChunk(uint32_t index, SampleChunk *chunk) const;

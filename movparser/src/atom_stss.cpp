@@ -39,9 +39,9 @@ uint64_t SyncSampleAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + sampleNumbers.SizeInFile();
 }
 
-void SyncSampleAtom::AddSample(uint32_t number)
+MovAtom::Error SyncSampleAtom::AddSample(uint32_t number)
 {
-    sampleNumbers.push_back(number);
+    return sampleNumbers.push_back(number) ? ERROR_OKAY : ERROR_MEM_ALLOC;
 }
 
 // The table is in ascending order. In a file that breaks this some samples count as no sync

@@ -24,7 +24,7 @@ public:
     void PrintToString(std::string *out, uint32_t depth) const override;
     uint64_t GetSize() const override;
 
-    void AddSample(uint32_t number);
+    [[nodiscard]] Error AddSample(uint32_t number);
 
     /// Sample numbers count from 1.
     bool Contains(uint32_t number) const;

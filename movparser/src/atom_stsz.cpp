@@ -49,10 +49,13 @@ MovAtom::Error SampleSizeAtom::AddSample(uint32_t bytes)
     if (sampleCount == 0) {
         uniformSize = bytes;
     } else if (uniformSize == 0) {
-        sizes.push_back(bytes);
+        if (!sizes.push_back(bytes))
+            return ERROR_MEM_ALLOC;
     } else if (uniformSize != bytes) {
-        sizes.assign(sampleCount, uniformSize);
-        sizes.push_back(bytes);
+        if (!sizes.assign(sampleCount, uniformSize) || !sizes.push_back(bytes)) {
+            sizes.clear(); // one size for all is still the truth
+            return ERROR_MEM_ALLOC;
+        }
         uniformSize = 0;
     }
     ++sampleCount;

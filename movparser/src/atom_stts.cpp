@@ -12,7 +12,6 @@ MovAtom::Error TimeToSampleAtom::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
     uint32_t count = 0;
-    m_cursor = {};
     MOV_READ(scope, MovFullAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &count));
     MOV_READ(scope, entries.Read(buffer, count));
@@ -42,13 +41,13 @@ uint64_t TimeToSampleAtom::GetSize() const
     return MovFullAtom::GetSize() + sizeof(uint32_t) + entries.SizeInFile();
 }
 
-void TimeToSampleAtom::AddEntry(uint32_t count, uint32_t duration)
+MovAtom::Error TimeToSampleAtom::AddEntry(uint32_t count, uint32_t duration)
 {
-    m_cursor = {};
-    if (!entries.empty() && entries.back().sampleDuration == duration)
-        entries.Set(entries.size() - 1, {entries.back().sampleCount + count, duration});
-    else
-        entries.push_back({count, duration});
+    const bool longer = !entries.empty() && entries.back().sampleDuration == duration;
+    const bool added = longer
+        ? entries.Set(entries.size() - 1, {entries.back().sampleCount + count, duration})
+        : entries.push_back({count, duration});
+    return added ? ERROR_OKAY : ERROR_MEM_ALLOC;
 }
 
 MovAtom::Error TimeToSampleAtom::GetSampleTime(uint32_t index, uint64_t *time,
@@ -56,8 +55,9 @@ MovAtom::Error TimeToSampleAtom::GetSampleTime(uint32_t index, uint64_t *time,
 {
     if (!time || !duration || entries.empty())
         return ERROR_INVALID_ARG;
+    m_cursor.Follow(entries);
     if (index < m_cursor.samples)
-        m_cursor = {};
+        m_cursor.Rewind();
     while (m_cursor.entry < entries.size()) {
         const TimeToSampleTableEntry entry = entries[m_cursor.entry];
         if (index - m_cursor.samples < entry.sampleCount) {
@@ -74,8 +74,9 @@ MovAtom::Error TimeToSampleAtom::GetSampleIndex(uint64_t time, uint32_t *index) 
 {
     if (!index || entries.empty())
         return ERROR_INVALID_ARG;
+    m_cursor.Follow(entries);
     if (time < m_cursor.time)
-        m_cursor = {};
+        m_cursor.Rewind();
     while (m_cursor.entry < entries.size()) {
         const TimeToSampleTableEntry entry = entries[m_cursor.entry];
         const uint64_t length = uint64_t(entry.sampleCount) * entry.sampleDuration;

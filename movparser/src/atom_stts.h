@@ -52,7 +52,7 @@ public:
     uint64_t GetSize() const override;
 
     /// Lengthens the last run when its duration is the same, else begins another.
-    void AddEntry(uint32_t count, uint32_t duration);
+    [[nodiscard]] Error AddEntry(uint32_t count, uint32_t duration);
 
     /// When a sample begins and how long it lasts. An empty table is ERROR_INVALID_ARG, a sample
     /// behind its end ERROR_INVALID_RET_VAL.

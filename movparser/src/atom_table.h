@@ -7,12 +7,20 @@
 
 #include "movparser/src/atom_io.h"
 
+#include <atomic>
 #include <initializer_list>
 #include <iterator>
 #include <memory>
 #include <new>
 
 namespace Tavro::MovParserLib {
+
+/// A number that no table has had yet.
+inline uint64_t NewTableVersion()
+{
+    static std::atomic<uint64_t> last{0};
+    return ++last;
+}
 
 /// Entries are numbers, or records with a list of fields; they come and go by value.
 template <class T> class AtomTable
@@ -65,7 +73,7 @@ public:
     AtomTable(std::initializer_list<T> entries)
     {
         for (const T &entry : entries)
-            push_back(entry);
+            static_cast<void>(push_back(entry));
     }
 
     AtomTable(const AtomTable &other)
@@ -88,6 +96,10 @@ public:
 
     bool empty() const { return m_size == 0; }
 
+    /// Tells whether a place that was kept in a table still stands for what it did. Tables of one
+    /// version have the same entries but for such as were appended; no two tables share one.
+    uint64_t Version() const { return m_version; }
+
     const_iterator begin() const { return {this, 0}; }
 
     const_iterator end() const { return {this, m_size}; }
@@ -107,38 +119,43 @@ public:
         return entry;
     }
 
-    /// Without memory for a copy of shared bytes the table stays as it is.
-    void Set(size_t index, const T &entry)
+    // Without memory these return false.
+
+    /// Takes memory when the bytes are shared; without it the table stays as it is.
+    [[nodiscard]] bool Set(size_t index, const T &entry)
     {
         if (!Reserve(m_size))
-            return;
-        uint8_t *bytes = m_bytes.get() + index * Width();
-        if constexpr (std::is_integral_v<T>)
-            EncodeField(bytes, entry);
-        else
-            std::apply([&](const auto &...field) { (EncodeField(bytes, field), ...); },
-                       T::Fields(entry));
+            return false;
+        m_version = NewTableVersion();
+        Encode(index, entry);
+        return true;
     }
 
     /// Appends; without memory the table stays as it is.
-    void push_back(const T &entry)
+    [[nodiscard]] bool push_back(const T &entry)
     {
         if ((m_owner || m_size == m_capacity) && !Reserve(m_size < 8 ? 16 : m_size * 2))
-            return;
-        Set(m_size++, entry);
+            return false;
+        Encode(m_size++, entry);
+        return true;
     }
 
-    void assign(size_t count, const T &entry)
+    /// Without memory the table is empty.
+    [[nodiscard]] bool assign(size_t count, const T &entry)
     {
         clear();
-        while (count-- > 0)
-            push_back(entry);
+        if (!Reserve(count))
+            return false;
+        while (m_size < count)
+            Encode(m_size++, entry);
+        return true;
     }
 
     void clear()
     {
         m_size = 0;
         m_owner.reset();
+        m_version = NewTableVersion();
     }
 
     /// The bytes of all entries in the file.
@@ -186,6 +203,17 @@ private:
         return (size_t(0) + ... + sizeof(Field));
     }
 
+    // Into bytes of this table's own.
+    void Encode(size_t index, const T &entry)
+    {
+        uint8_t *bytes = m_bytes.get() + index * Width();
+        if constexpr (std::is_integral_v<T>)
+            EncodeField(bytes, entry);
+        else
+            std::apply([&](const auto &...field) { (EncodeField(bytes, field), ...); },
+                       T::Fields(entry));
+    }
+
     const uint8_t *Bytes() const { return m_owner ? m_shared : m_bytes.get(); }
 
     void Swap(AtomTable &other) noexcept
@@ -195,6 +223,7 @@ private:
         std::swap(m_capacity, other.m_capacity);
         std::swap(m_owner, other.m_owner);
         std::swap(m_shared, other.m_shared);
+        std::swap(m_version, other.m_version);
     }
 
     // Makes the bytes this table's own, with room for as many entries.
@@ -218,6 +247,7 @@ private:
     size_t m_capacity = 0; ///< Of m_bytes.
     std::shared_ptr<const void> m_owner; ///< Of m_shared; null when the bytes are m_bytes.
     const uint8_t *m_shared = nullptr;
+    uint64_t m_version = NewTableVersion();
 };
 
 } // namespace Tavro::MovParserLib

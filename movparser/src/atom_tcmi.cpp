@@ -40,11 +40,11 @@ void TimeCodeMediaInformationAtom::PrintToString(std::string *out, uint32_t dept
     PrintLine(out, block.Depth(), "TextFont: %d", textFont);
     PrintLine(out, block.Depth(), "TextFace: %d", textFace);
     PrintLine(out, block.Depth(), "TextSize: %d", textSize);
-    PrintLine(out, block.Depth(), "resered: %d", reserved);
     PrintLine(out, block.Depth(), "TextColor: %d %d %d", textColor[0], textColor[1], textColor[2]);
     PrintLine(out, block.Depth(), "BackgroundColor: %d %d %d", backgroundColor[0],
               backgroundColor[1], backgroundColor[2]);
     PrintLine(out, block.Depth(), "Name: %s", name.c_str());
+    PrintLine(out, block.Depth(), "resered: %d", reserved);
 }
 
 uint64_t TimeCodeMediaInformationAtom::GetSize() const

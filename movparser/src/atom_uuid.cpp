@@ -68,6 +68,7 @@ MovAtom::Error sphericalVideoLegacyAtom::Read(FileBuffer &buffer)
     *this = sphericalVideoLegacyAtom();
     MOV_READ(scope, MovAtom::Read(buffer, kType));
     MOV_READ(scope, ReadFields(buffer, std::tie(identifier)));
+    hasOwnIdentifier = identifier == kIdentifier;
     // Preamble and identifier are taken to be 24 bytes, also behind a preamble of 16: such an atom
     // reads on into what follows it.
     constexpr uint64_t kHead = 24;

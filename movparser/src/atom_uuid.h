@@ -28,6 +28,8 @@ public:
     void PrintToString(std::string *out, uint32_t depth) const override;
     uint64_t GetSize() const override;
 
+    /// Whether the atom that was read is one of spherical metadata and not somebody else's.
+    bool hasOwnIdentifier = true;
     std::string StitchingSoftware;
     std::string StereoMode = "mono";
     uint32_t SourceCount = 0;

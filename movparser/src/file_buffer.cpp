@@ -54,6 +54,7 @@ FileBuffer::Error FileBuffer::Describe(Error allocation, uint64_t new_offset, ui
                                        uint64_t size)
 {
     const bool okay = allocation == ERROR_OKAY;
+    ++fill_count;
     offset = okay ? new_offset : 0;
     full_buffer_size = okay ? block : 0;
     logical_size = okay ? size : 0;

@@ -119,6 +119,9 @@ public:
     bool operator==(const FileBuffer &other) const;
 
 protected:
+    /// Rises with each allocation and release, also when the block stays the same.
+    uint64_t GetFillCount() const { return fill_count; }
+
     uint64_t offset = 0; ///< Where the logical data begins inside the block.
     uint64_t full_buffer_size = 0; ///< The whole block; for file reads a multiple of its size.
     uint64_t position = 0; ///< The cursor, from `offset` on.
@@ -147,6 +150,7 @@ private:
         bytes_left = logical_size - new_position;
     }
 
+    uint64_t fill_count = 0;
     uint64_t read_budget = UINT64_MAX;
     std::weak_ptr<const void> owner;
 };

@@ -109,8 +109,9 @@ MovAtom::Error FindAtom(FileBuffer &buffer, uint32_t type, uint64_t limit)
             if (ReadNumber(buffer, &size) != MovAtom::ERROR_OKAY)
                 return notFoundHere();
         }
-        // An atom shorter than its own preamble would lead the search back into what it has
-        // seen, for ever when its 64-bit size is 0: nothing behind it can be found.
+        // A 64-bit size of 0 would lead the search back to this atom for ever, and with any other
+        // size below the preamble's it would take bytes of the preamble for the next atom: nothing
+        // behind it can be found.
         if (size < preamble || size - preamble > INT64_MAX
             || buffer.Seek(static_cast<int64_t>(size - preamble), 1) != FileBuffer::ERROR_OKAY)
             return notFoundHere();

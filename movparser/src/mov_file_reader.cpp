@@ -44,6 +44,7 @@ uint32_t MovFileReader::Open(const char *path)
 
 uint32_t MovFileReader::Open(const QString &path)
 {
+    static_cast<void>(reader.Close());
     movie = MovieAtom();
     moov_position = 0;
     const FileReader::Error opened = reader.Open(path);
@@ -61,8 +62,10 @@ uint32_t MovFileReader::Open(const QString &path)
     if (read != FileReader::ERROR_OKAY)
         return ReportError(kFileReaderDomain, read);
     const MovAtom::Error parsed = movie.Read(*buffer);
-    if (parsed != MovAtom::ERROR_OKAY)
+    if (parsed != MovAtom::ERROR_OKAY) {
+        movie = MovieAtom(); // the tracks in front of the broken one must not answer
         return ReportError(kAtomDomain, parsed);
+    }
     moov_position = position;
     return 0;
 }

@@ -79,6 +79,8 @@ uint32_t MovFileReader::GetSoundDescription(const SoundSampleDescription **descr
 
 uint32_t MovFileReader::GetEsds(const EsdsAtom **atom, uint32_t n) const
 {
+    if (!atom)
+        return ReportError(kParserDomain, ERROR_INVALID_ARG);
     const SoundSampleDescription *description = nullptr;
     const uint32_t error = GetSoundDescription(&description, n);
     return error != 0

@@ -15,16 +15,35 @@ constexpr uint64_t kPrefixSize = 4;
 
 size_t SamplePoolBuffer::Parse()
 {
+    if (!IsParsed()) {
+        pieces.clear();
+        // A format that was told and not detected holds for the next sample too.
+        if (format == detected_format)
+            format = kUnknownFormat;
+    }
     if (!pieces.empty())
         return pieces.size();
     if (format == kUnknownFormat)
-        format = DetectFormat();
+        format = detected_format = DetectFormat();
+    parsed_data = GetData();
+    parsed_fill = GetFillCount();
+    parsed_size = logical_size;
     group_begin = kNoGroup;
     if (format == kStartCodes)
         SplitStartCodes();
     else if (format == kLengthPrefixes)
         SplitLengthPrefixes();
     return pieces.size();
+}
+
+bool SamplePoolBuffer::IsParsed() const
+{
+    return parsed_data == GetData() && parsed_fill == GetFillCount() && parsed_size == logical_size;
+}
+
+size_t SamplePoolBuffer::GetPieceCount() const
+{
+    return IsParsed() ? pieces.size() : 0;
 }
 
 SamplePoolBuffer::Format SamplePoolBuffer::DetectFormat() const
@@ -101,13 +120,13 @@ void SamplePoolBuffer::TakeUnit(uint64_t begin, uint64_t end)
 
 SampleBuffer *SamplePoolBuffer::GetPiece(size_t index) const
 {
-    return index < pieces.size() ? pieces[index].get() : nullptr;
+    return index < GetPieceCount() ? pieces[index].get() : nullptr;
 }
 
 void SamplePoolBuffer::SetTimes(const std::deque<uint64_t> &timestamps,
                                 const std::deque<uint64_t> &durations, const std::deque<bool> &keys)
 {
-    for (size_t i = 0; i < pieces.size(); ++i) {
+    for (size_t i = 0; i < GetPieceCount(); ++i) {
         pieces[i]->timestamp = timestamps.at(i);
         pieces[i]->duration = durations.at(i);
         pieces[i]->is_key = keys.at(i);

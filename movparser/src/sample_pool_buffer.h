@@ -24,12 +24,13 @@ public:
 
     /// Splits the sample once and returns the number of pieces, also when called again.
     ///
-    /// The pieces refer to the bytes of this buffer and are valid as long as it holds them. With
+    /// The pieces refer to the bytes of this buffer and are valid as long as it holds them: once it
+    /// is filled anew there are none, and the next call splits again. With
     /// start codes each code is overwritten by the length of its unit: the stored form is length
     /// prefixes then. 0 when nothing can be split.
     size_t Parse();
 
-    size_t GetPieceCount() const { return pieces.size(); }
+    size_t GetPieceCount() const;
 
     /// Null behind the last one.
     SampleBuffer *GetPiece(size_t index) const;
@@ -42,6 +43,8 @@ public:
     Format format = kUnknownFormat;
 
 private:
+    /// Whether the pieces are those of what the buffer holds.
+    bool IsParsed() const;
     Format DetectFormat() const;
     void SplitLengthPrefixes();
     void SplitStartCodes();
@@ -51,6 +54,10 @@ private:
 
     std::array<uint8_t, 4> start_code = {0, 0, 0, 1};
     std::deque<std::unique_ptr<SampleBuffer>> pieces;
+    Format detected_format = kUnknownFormat;
+    const uint8_t *parsed_data = nullptr;
+    uint64_t parsed_fill = 0;
+    uint64_t parsed_size = 0;
     uint64_t group_begin = kNoGroup; ///< The open group's first byte while parsing.
 };
 

@@ -39,6 +39,8 @@ FileReader::Error SyncFileReaderQt::Read(FileBuffer &buffer, int64_t position, i
     const int64_t head = position % static_cast<int64_t>(FileBuffer::kBlockSize);
     if (!m_file.isSequential() && m_file.size() - (position - head) < length)
         return ERROR_ATTEMPT_TO_READ_PAST_EOF;
+    if (length == 0 && head == 0)
+        return ERROR_READ_FAILED; // no block at all, which a buffer in use must not be asked for
     if (buffer.Alloc(static_cast<unsigned long>(length), position, FileBuffer::kBlockSize)
         != GenericBuffer::ERROR_OKAY)
         return ERROR_BUFFER_ALLOC;

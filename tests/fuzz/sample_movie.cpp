@@ -38,11 +38,11 @@ template <class Information> SampleTableAtom &addSamples(TrackAtom *track, uint3
     table.sampleDescriptions.mediaType = handlerType;
     for (const uint32_t bytes : {100U, 200U, 300U})
         static_cast<void>(table.sampleSizes.AddSample(bytes));
-    table.sampleToChunk.AddEntry(1, 2, 1);
-    table.sampleToChunk.AddEntry(2, 1, 1);
-    table.chunkOffsets.AddChunk(48);
-    table.chunkOffsets.AddChunk(5000);
-    table.timeToSample.Ensure().AddEntry(3, 1001);
+    static_cast<void>(table.sampleToChunk.AddEntry(1, 2, 1));
+    static_cast<void>(table.sampleToChunk.AddEntry(2, 1, 1));
+    static_cast<void>(table.chunkOffsets.AddChunk(48));
+    static_cast<void>(table.chunkOffsets.AddChunk(5000));
+    static_cast<void>(table.timeToSample.Ensure().AddEntry(3, 1001));
     return table;
 }
 
@@ -61,7 +61,7 @@ TrackAtom videoTrack()
     description.avcc.Ensure().sequenceParameterSet = {0x67, 1, 2, 3};
     description.avcc->pictureParameterSet = {0x68, 4};
     description.hvcc.Ensure().arrays.push_back({true, 32, {{1, 2}, {3}}});
-    track.edits.Ensure().editList.Ensure().entries.push_back({3003, 0, 0x10000});
+    track.edits.Ensure().editList.Ensure().entries = {{3003, 0, 0x10000}};
     track.references.Ensure().references.push_back({FourCC("tmcd"), {3}});
     return track;
 }

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void filesAreWritten();
     void samplesAreSplit_data();
     void samplesAreSplit();
+    void piecesGoWithTheirBytes();
     void piecesGetTheirTimes();
     void errorsPrintOneLine_data();
     void errorsPrintOneLine();
@@ -249,6 +250,7 @@ void tst_Buffers::filesAreReadInWholeBlocks_data()
     row("behind the end, still in its block", 2040, 4, FileReader::ERROR_OKAY, 504, 512);
     row("in a block behind the end", 2048, 4, FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF, 0, 0);
     row("more than any memory", 0, INT64_MAX, FileReader::ERROR_ATTEMPT_TO_READ_PAST_EOF, 0, 0);
+    row("nothing, at the border of a block", 512, 0, FileReader::ERROR_READ_FAILED, 0, 0);
     row("before the file", -1, 4, FileReader::ERROR_FILE_POSITION, 0, 0);
 }
 
@@ -269,6 +271,7 @@ void tst_Buffers::filesAreReadInWholeBlocks()
     SyncFileReaderQt reader;
     QCOMPARE(reader.Open(path.toUtf8().constData()), FileReader::ERROR_OKAY);
     FileBuffer buffer;
+    QCOMPARE(reader.Read(buffer, 0, 600), FileReader::ERROR_OKAY); // a buffer may be used again
     QCOMPARE(int(reader.Read(buffer, position, length)), error);
     if (error != FileReader::ERROR_OKAY)
         return;
@@ -384,6 +387,29 @@ void tst_Buffers::samplesAreSplit()
     QTEST(pool.is_key, "key");
     QCOMPARE(QByteArray(reinterpret_cast<char *>(block.get()), sample.size()).toHex(),
              stored.toHex());
+}
+
+void tst_Buffers::piecesGoWithTheirBytes()
+{
+    const QByteArray prefixed = Box::encode(4, 4).append("\x41one").repeated(3);
+    const QByteArray codes = QByteArray("\0\0\0\1\x41two", 8).repeated(2);
+    const QByteArray large = QByteArray("\0\0\0\1\x41", 5).append(QByteArray(4000, 'l'));
+    SamplePoolBuffer pool;
+    const auto fill = [&pool](const QByteArray &sample) {
+        const bool filled = pool.Alloc(size_t(sample.size())) == GenericBuffer::ERROR_OKAY;
+        std::memcpy(pool.GetData(), sample.constData(), size_t(sample.size()));
+        return filled;
+    };
+    QVERIFY(fill(prefixed));
+    QCOMPARE(pool.Parse(), size_t(2));
+    for (const QByteArray &next : {codes, prefixed, large, codes}) {
+        QVERIFY(fill(next)); // in the same block, in a larger one
+        QCOMPARE(pool.GetPieceCount(), size_t(0));
+        QVERIFY(!pool.GetPiece(0));
+        QCOMPARE(pool.Parse(), size_t(next == large ? 1 : 2));
+        QCOMPARE(pool.GetPiece(0)->GetData(), pool.GetData());
+        QCOMPARE(char(pool.GetPiece(0)->GetData()[5]), next[5]);
+    }
 }
 
 void tst_Buffers::piecesGetTheirTimes()

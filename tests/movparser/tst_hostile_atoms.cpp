@@ -20,6 +20,8 @@ private Q_SLOTS:
     void aCopyStaysWithinItsBytes();
     void aSampleWithoutAPlaceIsRefused_data();
     void aSampleWithoutAPlaceIsRefused();
+    void aTimeThatNoNumberHoldsIsRefused_data();
+    void aTimeThatNoNumberHoldsIsRefused();
     void anyFlippedByteIsSurvived();
 };
 
@@ -274,6 +276,37 @@ void tst_HostileAtoms::aSampleWithoutAPlaceIsRefused()
     QCOMPARE(samples->sampleToChunk.Read(*table), MovAtom::ERROR_OKAY);
     uint64_t position = 0;
     QTEST(int(samples->GetSamplePosition(3, &position)), "error");
+}
+
+void tst_HostileAtoms::aTimeThatNoNumberHoldsIsRefused_data()
+{
+    QTest::addColumn<uint>("duration");
+    QTest::addColumn<uint>("offset");
+    QTest::addColumn<int>("error");
+    QTest::newRow("the sum") << 0x80000001u << 0x7FFFFFFFu << int(MovAtom::ERROR_MALFORMED_ATOM);
+    QTest::newRow("the decoding time") << 0xFFFFFFFFu << 0u << int(MovAtom::ERROR_MALFORMED_ATOM);
+    QTest::newRow("a late sample that fits") << 0x80000001u << 0u << int(MovAtom::ERROR_OKAY);
+    QTest::newRow("shown before it is decoded")
+        << 0x80000001u << 0x80000000u << int(MovAtom::ERROR_OKAY);
+}
+
+void tst_HostileAtoms::aTimeThatNoNumberHoldsIsRefused()
+{
+    QFETCH(uint, duration);
+    QFETCH(uint, offset);
+    constexpr uint32_t kSamples = 0xFFFFFFFF;
+    TestTrack track;
+    track.tables = {Box::full("stsz").u32(1).u32(kSamples),
+                    Box::full("stsc").u32(1).u32(1).u32(kSamples).u32(1),
+                    Box::full("stco").u32(1).u32(4096),
+                    Box::full("stts").u32(1).u32(kSamples).u32(duration),
+                    Box::full("ctts").u32(1).u32(kSamples).u32(offset),
+                    Box("free")};
+    ExactBuffer buffer(movie({track}).bytes());
+    MovieAtom movie;
+    QCOMPARE(movie.Read(*buffer), MovAtom::ERROR_OKAY);
+    SampleInfo info;
+    QTEST(int(movie.tracks[0].Information().GetSampleInfo(kSamples - 1, &info)), "error");
 }
 
 void tst_HostileAtoms::anyFlippedByteIsSurvived()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole files through the reader: what opens, what is answered, and what is printed.
 #include "movie.h"
+#include "movparser/src/atom_elst.h"
+#include "movparser/src/atom_tcmi.h"
 #include "movparser/src/mov_file_reader.h"
 #include "movparser/src/sync_file_writer_qt.h"
 #include "stderr_capture.h"
@@ -25,9 +27,13 @@ private Q_SLOTS:
     void questionsWithoutAVideoTrack();
     void questionsWithoutAnAnswerPlace();
     void anotherFileReplacesTheFirst();
+    void aFailedOpenLeavesNothing();
     void samplesAreFoundAndRead();
     void tablesOutliveTheirReader();
     void aWalkIsTheSameInEveryOrder();
+    void aReplacedTableIsLookedUpAnew();
+    void linesArePrintedInTheirOrder();
+    void anotherMovieReplacesTheFirst();
     void aTrackThatWasAddedIsReadBack();
 
 private:
@@ -276,6 +282,7 @@ void tst_MovFileReader::questionsWithoutAnAnswerPlace()
     QCOMPARE(reader.GetProjection(nullptr), 5u);
     QCOMPARE(reader.GetStereoMode(nullptr), 5u);
     QCOMPARE(reader.GetWritingTool(nullptr), 5u);
+    QCOMPARE(reader.GetEsds(nullptr), 5u);
 }
 
 void tst_MovFileReader::anotherFileReplacesTheFirst()
@@ -293,6 +300,19 @@ void tst_MovFileReader::anotherFileReplacesTheFirst()
     QCOMPARE(reader.Open(QString()), 0x10001u);
     QVERIFY(!reader.HasVideo());
     QCOMPARE(reader.GetMoviePosition(), uint64_t(0));
+    uint64_t position = 0;
+    uint64_t size = 0;
+    QVERIFY(reader.LocateMediaData(&position, &size) != 0); // the file before is closed
+}
+
+void tst_MovFileReader::aFailedOpenLeavesNothing()
+{
+    const Box broken = movie({TestTrack()}, {Box("trak").child(Box("free"))});
+    MovFileReader reader;
+    QVERIFY(reader.Open(store(movieFile(broken))) != 0);
+    QVERIFY(reader.Movie().tracks.empty());
+    QVERIFY(!reader.HasVideo());
+    QCOMPARE(reader.Movie().header.duration, 0u);
 }
 
 namespace {
@@ -386,7 +406,7 @@ void tst_MovFileReader::tablesOutliveTheirReader()
     for (const MovieAtom *left : {&copy, &moved}) {
         SampleTableAtom *table = left->tracks.front().Information().GetSampleTable();
         QCOMPARE(table->sampleSizes.AddSample(6), MovAtom::ERROR_OKAY);
-        table->chunkOffsets.offsets.Set(0, 7);
+        QVERIFY(table->chunkOffsets.offsets.Set(0, 7));
         QCOMPARE(table->chunkOffsets.offsets[0], uint64_t(7));
         QCOMPARE(table->chunkOffsets.offsets[2], uint64_t(3000));
         uint32_t bytes = 0;
@@ -431,6 +451,57 @@ void tst_MovFileReader::aWalkIsTheSameInEveryOrder()
         QCOMPARE(jumped.time, walked.time);
         QCOMPARE(jumped.duration, walked.duration);
     }
+}
+
+// The cursors of the look-ups must not outlive the tables that they are places in.
+void tst_MovFileReader::aReplacedTableIsLookedUpAnew()
+{
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie({fiveSamples()})))), 0u);
+    SampleTableAtom &table = *reader.Movie().tracks.front().Information().GetSampleTable();
+    SampleInfo info;
+    QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY); // all cursors at the end
+    table.timeToSample->entries = {{5, 100}};
+    table.compositionOffsets->entries = {{5, 1}};
+    table.sampleToChunk.entries = {{1, 5, 1}};
+    table.sampleSizes.sizes = {10, 20, 30, 40, 50};
+    table.chunkOffsets.offsets = {7000};
+    QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY);
+    QCOMPARE(info.position, uint64_t(7100));
+    QCOMPARE(info.time, uint64_t(401));
+    QVERIFY(table.sampleSizes.sizes.Set(0, 11));
+    QVERIFY(table.timeToSample->entries.Set(0, {5, 200}));
+    QCOMPARE(table.GetSampleInfo(4, &info), MovAtom::ERROR_OKAY);
+    QCOMPARE(info.position, uint64_t(7101));
+    QCOMPARE(info.time, uint64_t(801));
+    uint32_t index = 0;
+    table.timeToSample->entries.clear();
+    QVERIFY(table.timeToSample->entries.push_back({5, 1}));
+    QCOMPARE(table.GetSampleIndexForTime(3, &index), MovAtom::ERROR_OKAY);
+    QCOMPARE(index, 3u);
+}
+
+void tst_MovFileReader::linesArePrintedInTheirOrder()
+{
+    std::string text;
+    EditListAtom edits;
+    edits.entries = {{10, 0, 0x10000}};
+    edits.PrintToString(&text, 0);
+    QVERIFY(text.find("Edit List Table: (") < text.find("NumberOfEntries In"));
+    text.clear();
+    TimeCodeMediaInformationAtom("Sans").PrintToString(&text, 0);
+    QVERIFY(text.find("Name: Sans") < text.find("resered: "));
+}
+
+void tst_MovFileReader::anotherMovieReplacesTheFirst()
+{
+    MovieAtom atom;
+    ExactBuffer first(movie().bytes());
+    QCOMPARE(atom.Read(*first), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.header.duration, 600u);
+    ExactBuffer second(Box("moov").child(TestTrack().box()).bytes());
+    QCOMPARE(atom.Read(*second), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.header.duration, 0u);
 }
 
 void tst_MovFileReader::aTrackThatWasAddedIsReadBack()

@@ -81,6 +81,7 @@ private Q_SLOTS:
     void tagsWhatIsAskedAndNoMore();
     void offsetsThatOutgrow32BitsFollow();
     void foreignAtomsStay();
+    void metadataNotAskedForStay();
     void refusals_data();
     void refusals();
     void aFullDiskLeavesNothing();
@@ -268,6 +269,44 @@ void tst_Mp4Tools::foreignAtomsStay()
     QVERIFY(bytes.contains(Box("SETT").u32(1).bytes())); // rewriting it would reverse it
 }
 
+void tst_Mp4Tools::metadataNotAskedForStay()
+{
+    const QByteArray identifier = QByteArray::fromHex("ffcc8263f8554a938814587a02521fdd");
+    const QByteArray text =
+        " <GSpherical:SourceCount>6</GSpherical:SourceCount>"
+        "<GSpherical:CroppedAreaTopPixels>8</GSpherical:CroppedAreaTopPixels>";
+    const Box mesh = Box("sv3d").child(
+        Box("proj").child(Box::full("prhd").zeros(12)).child(Box::full("mshp").raw("mesh")));
+    const Box stereo = Box::full("st3d").u8(1); // top-bottom
+    TestTrack track;
+    track.children = {Box("uuid").raw(identifier).raw(text)};
+    track.descriptionChildren = {mesh, stereo};
+    const QString path = m_out->filePath(QStringLiteral("in.mp4"));
+    QVERIFY(writeFile(path, movieFile(movie({track}))));
+    const auto tag = [&](const QStringList &options, QByteArray *bytes) {
+        const Run tagged = run(QStringLiteral(TAVRO_MP4TAG), QStringList{path, out()} + options);
+        QFile file(out());
+        *bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        return tagged;
+    };
+    QByteArray bytes;
+    QVERIFY(tag({}, &bytes).errors.isEmpty());
+    QCOMPARE(hashOf(out()), hashOf(path));
+
+    const Run left = tag({QStringLiteral("--stereo=left-right")}, &bytes);
+    QCOMPARE(left.exitCode, 0);
+    QVERIFY2(left.errors.contains("CroppedAreaTopPixels"), left.errors.constData());
+    QVERIFY2(!left.errors.contains("mshp"), left.errors.constData());
+    QVERIFY(bytes.contains(mesh.bytes()));
+    QVERIFY(!bytes.contains(stereo.bytes()));
+
+    const Run tool = tag({QStringLiteral("--tool=x")}, &bytes);
+    QCOMPARE(tool.exitCode, 0);
+    QVERIFY2(tool.errors.contains("mshp"), tool.errors.constData());
+    QVERIFY(bytes.contains(stereo.bytes()));
+    QVERIFY(bytes.contains("<GSpherical:SourceCount>6<"));
+}
+
 void tst_Mp4Tools::refusals_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -294,6 +333,10 @@ void tst_Mp4Tools::refusals_data()
         "--yaw cannot be 'ninety'");
     row("an angle without end", {clip, target, QStringLiteral("--roll=inf")},
         "--roll cannot be 'inf'");
+    row("a pitch behind the pole", {clip, target, QStringLiteral("--pitch=-90.5")},
+        "--pitch cannot be '-90.5'");
+    row("a yaw of more than half a turn", {clip, target, QStringLiteral("--yaw=181")},
+        "--yaw cannot be '181'");
     row("an empty tool", {clip, target, QStringLiteral("--tool=")}, "--tool cannot be ''");
     row("a missing file", {in("none.mp4"), target}, "No such file");
     row("a folder", {m_clips.path(), target}, "");
@@ -385,18 +428,31 @@ void tst_Mp4Tools::infoSaysWhatFailed()
 void tst_Mp4Tools::infoSaysWhatIsNotUsed()
 {
     TestTrack track;
-    track.children = {
-        Box("uuid").zeros(16).raw("x<GSpherical:StereoMode>left-right</GSpherical:StereoMode>")};
+    const QByteArray text =
+        "x<GSpherical:StereoMode>left-right</GSpherical:StereoMode>"
+        "<GSpherical:StitchingSoftware>\x1b[2J</GSpherical:StitchingSoftware>";
+    const QByteArray identifier = QByteArray::fromHex("ffcc8263f8554a938814587a02521fdd");
+    track.name = "A Tavro Camera";
+    track.children = {Box("uuid").raw(identifier).raw(text)};
     track.descriptionChildren = {Box("sv3d").child(
         Box("proj").child(Box::full("equi").zeros(16)).child(Box::full("cbmp").zeros(8)))};
     const QString path = m_out->filePath(QStringLiteral("in.mp4"));
-    QVERIFY(writeFile(path, movieFile(movie({track}, {Box("udta").child(Box("CAME").u8(1))}))));
-    const QByteArray text = run(QStringLiteral(TAVRO_MP4INFO), {path}).output;
+    QVERIFY(writeFile(
+        path,
+        movieFile(
+            movie({track}, {Box("udta").child(Box("CAME").u8(1)).child(Box("FIRM").raw("1.0"))}))));
+    const QByteArray seen = run(QStringLiteral(TAVRO_MP4INFO), {path}).output;
     for (const char *line :
-         {"spherical document (V1, left-right", "cbmp in description 1 of track 1",
-          "CAME in the user data", "equirectangular  (sv3d of the first description)",
+         {"spherical document (V1, left-right, stitched by '\\x1b[2J')", "yes  (named as handler)",
+          "cbmp in description 1 of track 1", "CAME in the user data",
+          "equirectangular  (sv3d of the first description)",
           "mono  (st3d missing in the first description)"})
-        QVERIFY2(text.contains(line), text.constData());
+        QVERIFY2(seen.contains(line), seen.constData());
+    QVERIFY(!seen.contains('\x1b'));
+
+    track.children = {Box("uuid").zeros(16).raw(text)}; // somebody else's
+    QVERIFY(writeFile(path, movieFile(movie({track}))));
+    QVERIFY(!run(QStringLiteral(TAVRO_MP4INFO), {path}).output.contains("spherical document"));
 }
 
 QTEST_GUILESS_MAIN(tst_Mp4Tools)
