@@ -231,6 +231,24 @@ void PlayerProcess::keys(const QStringList &names)
     }
 }
 
+bool PlayerProcess::openByDialog(const QString &path)
+{
+    keys({"ctrl+o"});
+    const WId opened = dialog();
+    if (opened == 0)
+        return false;
+    return poll([&] {
+        // Qt's dialog empties its line when the folder's list arrives, and its list of completions
+        // may take the Return: on a busy machine both happen after the path was typed.
+        keys({"ctrl+a"});
+        runTool("xdotool", {"type", "--delay", "5", path});
+        keys({"Return"});
+        for (int i = 0; i < 25 && windows().contains(opened); ++i)
+            QTest::qWait(kPollMs);
+        return !windows().contains(opened);
+    });
+}
+
 void PlayerProcess::movePointer(QPoint point)
 {
     runTool("xdotool",

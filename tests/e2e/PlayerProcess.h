@@ -57,6 +57,9 @@ public:
 
     /// Presses keys as xdotool names them, such as "ctrl+2", one after the other.
     void keys(const QStringList &names);
+    /// Opens a file by the open dialog and its keys, as a user would; false if the dialog does not
+    /// come or does not close.
+    bool openByDialog(const QString &path);
     /// Moves the pointer to a point of the window.
     void movePointer(QPoint point);
     static void mouse(const QStringList &xdotoolArguments);

@@ -249,10 +249,7 @@ void TestMedia::refusesAndGoesOn()
     writePicture(next, kGreen);
     QTRY_COMPARE_WITH_TIMEOUT(runTool("xdotool", {"getactivewindow"}).toULongLong(),
                               qulonglong(player.window()), PlayerProcess::kPatienceMs);
-    player.keys({"ctrl+o"});
-    QVERIFY(player.dialog() != 0);
-    runTool("xdotool", {"type", "--delay", "5", next});
-    player.keys({"Return"});
+    QVERIFY(player.openByDialog(next));
     QVERIFY(player.waitForColour(kGreen));
     QVERIFY(player.waitForTitle(titleOf(next)));
     player.terminate(SIGTERM);
