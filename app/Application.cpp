@@ -3,7 +3,6 @@
 
 #include "app/CommandLine.h"
 #include "app/Identity.h"
-#include "app/MediaFormats.h"
 #include "app/PicturePrefetch.h"
 #include "app/UnixSignals.h"
 #include "app/VxDropArea.h"
@@ -18,7 +17,6 @@
 #include "video/VxVideoPlugin.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QFileOpenEvent>
 #include <QLoggingCategory>
 #include <QMessageBox>
@@ -50,11 +48,10 @@ QQuickWindow *Application::window() const
     return m_view;
 }
 
-void Application::init(const QString &startDirectory)
+void Application::init(const QString &startDirectory, std::unique_ptr<PicturePrefetch> prefetch)
 {
     qCDebug(lcTiming) << "application made";
     m_commandLine = CommandLine::parse(arguments(), startDirectory);
-    std::unique_ptr<PicturePrefetch> prefetch = beginPrefetch();
     m_sharedMemory = m_settings->get(VxSettingsKeys::kSharedMemory.application).toBool()
         || m_commandLine.value(kAdobePlugin).toBool();
     VxVlcOptions::instance()->load(m_settings->store());
@@ -110,18 +107,6 @@ void Application::init(const QString &startDirectory)
 
     connect(new UnixSignals(m_globalObject), &UnixSignals::terminated, m_globalObject,
             &VxGlobalObject::quit);
-}
-
-std::unique_ptr<PicturePrefetch> Application::beginPrefetch() const
-{
-    const QString argument = m_commandLine.value(kFiles).toStringList().value(0);
-    const QUrl url = MediaFormats::isUrl(argument) ? QUrl(argument) : QUrl::fromLocalFile(argument);
-    // A vector image is decoded at the size at which it is shown.
-    const bool isVector =
-        QFileInfo(url.path()).suffix().startsWith(QLatin1String("svg"), Qt::CaseInsensitive);
-    if (isVector || !url.isLocalFile())
-        return nullptr;
-    return std::make_unique<PicturePrefetch>(url.toLocalFile());
 }
 
 void Application::setContextProperties()

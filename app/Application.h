@@ -27,8 +27,9 @@ public:
     ~Application() override;
 
     /// Makes everything and shows the window. \a startDirectory is where relative paths of the
-    /// command line count from.
-    void init(const QString &startDirectory);
+    /// command line count from; \a prefetch is the picture that is already decoded for them, or
+    /// null.
+    void init(const QString &startDirectory, std::unique_ptr<PicturePrefetch> prefetch);
     /// Deletes everything and writes the settings.
     void teardown();
 
@@ -75,7 +76,6 @@ private Q_SLOTS:
 
 private:
     bool hasShaders() const;
-    std::unique_ptr<PicturePrefetch> beginPrefetch() const;
     void registerQmlTypes();
     void setContextProperties();
     void showView();

@@ -18,31 +18,30 @@ QString absoluteFile(const QString &file, const QString &startDirectory)
     return QDir::cleanPath(QDir(startDirectory).absoluteFilePath(file));
 }
 
-} // namespace
-
-QVariantMap parse(const QStringList &arguments, const QString &startDirectory)
+struct Options
 {
-    if (arguments.size() <= 1)
-        return {};
+    QCommandLineOption udp{{QStringLiteral("u"), QStringLiteral("udp")},
+                           QCoreApplication::translate("main", "Udp mode, can be master or slave."),
+                           QCoreApplication::translate("main", "udp"),
+                           QString()};
+    QCommandLineOption adobePlugin{{QStringLiteral("a"), QStringLiteral("adobeplugin")},
+                                   QStringLiteral("command line used by Adobe plugin.")};
+    QCommandLineOption customVlc{{QStringLiteral("c"), QStringLiteral("customvlc")},
+                                 QStringLiteral("activate custom mode for vlc.")};
+    QCommandLineOption touchTable{{QStringLiteral("t"), QStringLiteral("touchtable")},
+                                  QStringLiteral("special case for touch table.")};
 
-    const QCommandLineOption udp(
-        {QStringLiteral("u"), QStringLiteral("udp")},
-        QCoreApplication::translate("main", "Udp mode, can be master or slave."),
-        QCoreApplication::translate("main", "udp"), QString());
-    const QCommandLineOption adobePlugin({QStringLiteral("a"), QStringLiteral("adobeplugin")},
-                                         QStringLiteral("command line used by Adobe plugin."));
-    const QCommandLineOption customVlc({QStringLiteral("c"), QStringLiteral("customvlc")},
-                                       QStringLiteral("activate custom mode for vlc."));
-    const QCommandLineOption touchTable({QStringLiteral("t"), QStringLiteral("touchtable")},
-                                        QStringLiteral("special case for touch table."));
+    void addTo(QCommandLineParser &parser) const
+    {
+        parser.addOptions({udp, adobePlugin, customVlc, touchTable});
+        parser.addPositionalArgument(
+            QStringLiteral("files"),
+            QCoreApplication::translate("main", "Path of the file(s) to read."));
+    }
+};
 
-    QCommandLineParser parser;
-    parser.addOptions({udp, adobePlugin, customVlc, touchTable});
-    parser.addPositionalArgument(
-        QStringLiteral("files"),
-        QCoreApplication::translate("main", "Path of the file(s) to read."));
-    parser.process(arguments);
-
+QStringList filesOf(const QCommandLineParser &parser, const QString &startDirectory)
+{
     QStringList files;
     const QStringList positional = parser.positionalArguments();
     for (const QString &file : positional) {
@@ -50,12 +49,32 @@ QVariantMap parse(const QStringList &arguments, const QString &startDirectory)
         if (!file.isEmpty())
             files.append(absoluteFile(file, startDirectory));
     }
+    return files;
+}
 
-    return {{QStringLiteral("udp"), parser.value(udp)},
-            {QStringLiteral("adobeplugin"), parser.isSet(adobePlugin)},
-            {QStringLiteral("customvlc"), parser.isSet(customVlc)},
-            {QStringLiteral("touchtable"), parser.isSet(touchTable)},
-            {QStringLiteral("files"), files}};
+} // namespace
+
+QVariantMap parse(const QStringList &arguments, const QString &startDirectory)
+{
+    if (arguments.size() <= 1)
+        return {};
+    const Options options;
+    QCommandLineParser parser;
+    options.addTo(parser);
+    parser.process(arguments);
+    return {{QStringLiteral("udp"), parser.value(options.udp)},
+            {QStringLiteral("adobeplugin"), parser.isSet(options.adobePlugin)},
+            {QStringLiteral("customvlc"), parser.isSet(options.customVlc)},
+            {QStringLiteral("touchtable"), parser.isSet(options.touchTable)},
+            {QStringLiteral("files"), filesOf(parser, startDirectory)}};
+}
+
+QString firstFile(const QStringList &arguments, const QString &startDirectory)
+{
+    QCommandLineParser parser;
+    Options().addTo(parser);
+    parser.parse(arguments);
+    return filesOf(parser, startDirectory).value(0);
 }
 
 } // namespace CommandLine

@@ -2,15 +2,25 @@
 #include "app/PicturePrefetch.h"
 
 #include "app/ImageInspector.h"
+#include "app/JpegDecoder.h"
 #include "app/MediaFormats.h"
 
+#include <QFileInfo>
 #include <QImageReader>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
 
 namespace {
 
 // Nearly every GPU takes textures of this size. A larger picture is better decoded when the GPU's
 // limit is known, because it may then be scaled while it is decoded.
 constexpr int kMaxSide = 8192;
+
+constexpr std::chrono::seconds kPatience(3);
 
 /// The size that fits into \a limit, whose sides of 0 or less are none.
 QSize fitted(const QSize &size, const QSize &limit)
@@ -21,8 +31,21 @@ QSize fitted(const QSize &size, const QSize &limit)
     return fits ? size : size.scaled(bound, Qt::KeepAspectRatio);
 }
 
+bool isUpright(const QString &path)
+{
+    return QImageReader(path, "jpeg").transformation() == QImageIOHandler::TransformationNone;
+}
+
 QImage decode(const QString &path)
 {
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg")) {
+        // Its orientation is asked for last: that loads a plug-in, for which the loading of the
+        // graphics driver on the main thread would let us wait.
+        const QImage picture = JpegDecoder::decode(path, kMaxSide);
+        if (!picture.isNull() && isUpright(path))
+            return picture;
+    }
     // What the media road refuses by its name need not be decoded.
     if (!MediaFormats::isImage(QUrl::fromLocalFile(path)) || !ImageInspector::canBeDecoded(path))
         return {};
@@ -50,13 +73,51 @@ QImage decodeWithin(const QString &path, const QSize &limit)
 
 const QString PicturePrefetch::kName = QStringLiteral("prefetched");
 
+/// What the decoding thread and its owner share; the last of them deletes it.
+struct PicturePrefetch::Decoding
+{
+    std::mutex mutex; // guards both members below
+    std::condition_variable finished;
+    bool isFinished = false;
+    QImage picture;
+};
+
+std::unique_ptr<PicturePrefetch> PicturePrefetch::begin(const QString &file)
+{
+    const QUrl url = MediaFormats::isUrl(file) ? QUrl(file) : QUrl::fromLocalFile(file);
+    // A vector image is decoded at the size at which it is shown.
+    const bool isVector =
+        QFileInfo(url.path()).suffix().startsWith(QLatin1String("svg"), Qt::CaseInsensitive);
+    if (isVector || !url.isLocalFile())
+        return nullptr;
+    return std::make_unique<PicturePrefetch>(url.toLocalFile());
+}
+
 PicturePrefetch::PicturePrefetch(const QString &path)
     : QQuickImageProvider(Image, ForceAsynchronousImageLoading)
     , m_path(path)
-    , m_picture(std::async(std::launch::async, decode, path))
-{ }
+    , m_decoding(std::make_shared<Decoding>())
+{
+    std::thread([decoding = m_decoding, path] {
+        QImage picture = decode(path);
+        {
+            const std::lock_guard lock(decoding->mutex);
+            decoding->picture = std::move(picture);
+            decoding->isFinished = true;
+            decoding->finished.notify_all();
+        }
+        // The media road is about to ask for them, and loads every plug-in then.
+        MediaFormats::imageSuffixes();
+    }).detach();
+}
 
-PicturePrefetch::~PicturePrefetch() = default;
+PicturePrefetch::~PicturePrefetch()
+{
+    // A decoder that is at work should not see the process end around it, but one that waits for
+    // a dead disk must not keep it.
+    std::unique_lock lock(m_decoding->mutex);
+    m_decoding->finished.wait_for(lock, kPatience, [this] { return m_decoding->isFinished; });
+}
 
 QUrl PicturePrefetch::source(const QUrl &file)
 {
@@ -69,8 +130,13 @@ QUrl PicturePrefetch::source(const QUrl &file)
 QImage PicturePrefetch::requestImage(const QString &id, QSize *size, const QSize &requestedSize)
 {
     Q_UNUSED(id)
-    const std::lock_guard lock(m_mutex);
-    QImage picture = m_picture.valid() ? m_picture.get() : QImage();
+    QImage picture;
+    {
+        std::unique_lock lock(m_decoding->mutex);
+        m_decoding->finished.wait(lock, [this] { return m_decoding->isFinished; });
+        // The Image keeps it from here on.
+        picture = std::exchange(m_decoding->picture, QImage());
+    }
     if (picture.isNull())
         picture = decodeWithin(m_path, requestedSize);
     else if (fitted(picture.size(), requestedSize) != picture.size())

@@ -8,19 +8,23 @@
 #include <QString>
 #include <QUrl>
 
-#include <future>
-#include <mutex>
+#include <memory>
 
 /// Gives the interface's Image a picture that was decoded ahead, once. Made and asked for sources
-/// on the main thread; the engine that it is added to owns it.
+/// on the main thread, made even before the application object; the engine that it is added to
+/// owns it.
 class PicturePrefetch : public QQuickImageProvider
 {
 public:
     /// The name under which an engine knows the provider.
     static const QString kName;
 
+    /// Begins with \a file, an absolute path or a URL; null if it is none that can be decoded
+    /// ahead.
+    static std::unique_ptr<PicturePrefetch> begin(const QString &file);
     /// Begins to decode the file \a path on a thread of its own, if it is a picture.
     explicit PicturePrefetch(const QString &path);
+    /// Does not wait for a file that does not answer.
     ~PicturePrefetch() override;
 
     /// What an Image must load to show \a file: the prefetched picture the first time, afterwards,
@@ -32,8 +36,9 @@ public:
     QImage requestImage(const QString &id, QSize *size, const QSize &requestedSize) override;
 
 private:
+    struct Decoding;
+
     QString m_path;
     bool m_taken = false;
-    std::mutex m_mutex; // guards m_picture
-    std::future<QImage> m_picture;
+    std::shared_ptr<Decoding> m_decoding; // with its thread
 };

@@ -79,6 +79,9 @@ void TestCommandLine::namesFiles()
               .value("files")
               .toStringList(),
           "files");
+    QFETCH(QStringList, files);
+    QCOMPARE(CommandLine::firstFile(QStringList("program") + arguments, "/start/here"),
+             files.value(0));
 }
 
 void TestCommandLine::noArgumentsNoOptions()
