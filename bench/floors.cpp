@@ -87,7 +87,7 @@ int turningQuad(const QString &file)
     VxShaderCodeBuilder builder(&context);
     const auto program =
         PanoramaProgram::build("panorama", builder.fragmentShaderSource(false, false, false),
-                               PanoramaProgram::FullSphere | PanoramaProgram::RotatesOnly);
+                               ShaderAssumption::FullSphere | ShaderAssumption::RotatesOnly);
     if (!program)
         return 1;
 

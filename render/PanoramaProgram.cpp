@@ -8,6 +8,9 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QOpenGLShaderProgram>
+#include <QVector4D>
+
+#include <cmath>
 
 namespace {
 
@@ -24,6 +27,20 @@ QMatrix4x4 quadMatrix()
     return matrix;
 }
 
+/// Lengths and right angles are kept, up to what single precision loses.
+bool isRotation(const QMatrix4x4 &matrix)
+{
+    constexpr float kTolerance = 1e-4F;
+    for (int i = 0; i < 4; ++i) {
+        for (int j = i; j < 4; ++j) {
+            const float product = QVector4D::dotProduct(matrix.column(i), matrix.column(j));
+            if (std::abs(product - (i == j ? 1.0F : 0.0F)) > kTolerance)
+                return false;
+        }
+    }
+    return matrix(3, 3) == 1.0F;
+}
+
 } // namespace
 
 bool PanoramaUniforms::operator==(const PanoramaUniforms &other) const
@@ -34,22 +51,27 @@ bool PanoramaUniforms::operator==(const PanoramaUniforms &other) const
         && yawMax == other.yawMax && pitchMin == other.pitchMin && pitchMax == other.pitchMax;
 }
 
-bool PanoramaUniforms::isFullSphere() const
+ShaderAssumptions PanoramaUniforms::assumptions() const
 {
-    return ShaderSpecialiser::isFullSphere(yawMin, yawMax, pitchMin, pitchMax);
+    ShaderAssumptions result;
+    result.setFlag(ShaderAssumption::FullSphere,
+                   ShaderSpecialiser::isFullSphere(yawMin, yawMax, pitchMin, pitchMax));
+    result.setFlag(ShaderAssumption::RotatesOnly, isRotation(matViewInverse));
+    return result;
 }
 
 PanoramaProgram::~PanoramaProgram() = default;
 
-std::unique_ptr<PanoramaProgram>
-PanoramaProgram::build(const char *name, const QByteArray &fragmentSource, Assumptions assumptions)
+std::unique_ptr<PanoramaProgram> PanoramaProgram::build(const char *name,
+                                                        const QByteArray &fragmentSource,
+                                                        ShaderAssumptions assumptions)
 {
     QVector<UniformConstant> constants = ShaderSpecialiser::gradingConstants();
-    if (assumptions & FullSphere)
+    if (assumptions & ShaderAssumption::FullSphere)
         constants += ShaderSpecialiser::fullSphereConstants();
     ShaderTexts texts{VxShaderCodeBuilder::vertexShaderSource(),
                       ShaderSpecialiser::specialise(fragmentSource, constants)};
-    if (assumptions & RotatesOnly)
+    if (assumptions & ShaderAssumption::RotatesOnly)
         texts = ShaderSpecialiser::streamline(texts);
     std::unique_ptr<QOpenGLShaderProgram> program(
         ShaderProgram::build(name, texts.vertex, texts.fragment));

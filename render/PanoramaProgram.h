@@ -13,6 +13,14 @@
 class QOpenGLFunctions;
 class QOpenGLShaderProgram;
 
+/// What the uniforms hold for as long as a program is used.
+enum class ShaderAssumption {
+    FullSphere = 1, ///< the limits of the source are those of a full sphere
+    RotatesOnly = 2 ///< matViewInverse is a rotation
+};
+Q_DECLARE_FLAGS(ShaderAssumptions, ShaderAssumption)
+Q_DECLARE_OPERATORS_FOR_FLAGS(ShaderAssumptions)
+
 /// What one eye's picture depends on beside the shader and the texture. Sizes are in item units,
 /// angles in radians, the field of view in degrees of the shorter viewport side.
 struct PanoramaUniforms
@@ -30,7 +38,8 @@ struct PanoramaUniforms
     float pitchMax = 0;
 
     bool operator==(const PanoramaUniforms &other) const;
-    bool isFullSphere() const;
+    /// All that holds for these values.
+    ShaderAssumptions assumptions() const;
 };
 
 /// Draws the unit quad over the viewport with a shader of VxShaderCodeBuilder. All members need
@@ -38,18 +47,10 @@ struct PanoramaUniforms
 class PanoramaProgram
 {
 public:
-    /// What the uniforms will hold for as long as the program is used.
-    enum Assumption {
-        Nothing = 0,
-        FullSphere = 1, ///< the limits of the source are those of a full sphere
-        RotatesOnly = 2 ///< matViewInverse is a rotation
-    };
-    Q_DECLARE_FLAGS(Assumptions, Assumption)
-
     /// Compiles and links; null when that fails, which is logged under \a name. What is assumed
     /// makes the shader cheaper, not the picture another one.
     static std::unique_ptr<PanoramaProgram>
-    build(const char *name, const QByteArray &fragmentSource, Assumptions assumptions);
+    build(const char *name, const QByteArray &fragmentSource, ShaderAssumptions assumptions);
     ~PanoramaProgram();
 
     /// Draws \a texture for \a eye, 0 or 1, into the current framebuffer and viewport. Leaves
@@ -79,5 +80,3 @@ private:
     int m_projScale = -1;
     int m_projectionDistance = -1;
 };
-
-Q_DECLARE_OPERATORS_FOR_FLAGS(PanoramaProgram::Assumptions)

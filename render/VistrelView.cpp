@@ -27,6 +27,10 @@ Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
 // What shows wherever no source is.
 constexpr float kBackground = 0.1333333F;
 
+const QByteArray kDimFragment =
+    "#ifdef GL_ES \nprecision highp float; \n#endif \n"
+    "void main() {\n   gl_FragColor = vec4(0.0, 0.0, 0.0, 0.5);\n}\n";
+
 /// Holds an OpenMP lock for a scope.
 class LockGuard
 {
@@ -235,7 +239,7 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     gl->glClear(GL_COLOR_BUFFER_BIT);
     if (!hasTexture)
         return;
-    if (m_shaderDirty || m_fullSphere != m_state.uniforms.isFullSphere())
+    if (m_shaderDirty || m_assumptions != m_state.uniforms.assumptions())
         createShaders();
     if (!m_panoramaProgram)
         return;
@@ -287,15 +291,23 @@ bool VistrelView::isOverlayActive() const
 void VistrelView::createShaders()
 {
     VxShaderCodeBuilder *builder = m_context->shaderBuilder();
-    m_fullSphere = m_state.uniforms.isFullSphere();
-    PanoramaProgram::Assumptions assumptions = PanoramaProgram::RotatesOnly;
-    assumptions.setFlag(PanoramaProgram::FullSphere, m_fullSphere);
+    m_assumptions = m_state.uniforms.assumptions();
     m_panoramaProgram = PanoramaProgram::build(
-        "panorama", builder->fragmentShaderSource(false, false, false), assumptions);
-    // The first frame does without the overlay's shader; it is built when the overlay opens.
-    m_overlayProgram.reset();
-    m_overlayMissing = false;
+        "panorama", builder->fragmentShaderSource(false, false, false), m_assumptions);
+    m_layersBuilt = false;
     m_shaderDirty = false;
+}
+
+// The first frame does without the layers above the panorama, so their shaders wait until one of
+// them is drawn.
+void VistrelView::createLayerShaders()
+{
+    if (m_layersBuilt)
+        return;
+    m_layersBuilt = true;
+    m_dimProgram = PanoramaProgram::build("dim", kDimFragment, {});
+    m_overlayProgram = PanoramaProgram::build(
+        "overlay", m_context->shaderBuilder()->fragmentShaderSource(false, true, true), {});
 }
 
 void VistrelView::drawEye(QOpenGLFunctions *gl, int eye, QSize size)
@@ -333,14 +345,20 @@ void VistrelView::drawPanorama(QOpenGLFunctions *gl, int eye)
     m_panoramaProgram->draw(gl, m_state.uniforms, eye, unsigned(m_state.textureId));
 }
 
+void VistrelView::drawDim(QOpenGLFunctions *gl)
+{
+    createLayerShaders();
+    if (!m_dimProgram)
+        return;
+    gl->glEnable(GL_BLEND);
+    gl->glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    m_dimProgram->draw(gl, m_state.uniforms, 0, 0);
+    gl->glDisable(GL_BLEND);
+}
+
 void VistrelView::drawOverlay(QOpenGLFunctions *gl, int layer)
 {
-    if (!m_overlayProgram && !m_overlayMissing) {
-        m_overlayProgram = PanoramaProgram::build(
-            "overlay", m_context->shaderBuilder()->fragmentShaderSource(false, true, true),
-            PanoramaProgram::Nothing);
-        m_overlayMissing = !m_overlayProgram;
-    }
+    createLayerShaders();
     if (!m_overlayProgram)
         return;
     const VxHmdUIManager *manager = m_context->hmdUIManager();
@@ -354,6 +372,7 @@ void VistrelView::drawOverlay(QOpenGLFunctions *gl, int layer)
 void VistrelView::releaseGraphics()
 {
     m_panoramaProgram.reset();
+    m_dimProgram.reset();
     m_overlayProgram.reset();
     m_overlayScene.reset();
     m_fastBlur = std::make_unique<FastBlur>();

@@ -47,6 +47,10 @@ public:
 
     void paint(QPainter *painter) override;
 
+    /// Darkens what the current framebuffer and viewport hold to its half, for an interface that
+    /// stands before the panorama. Needs the scene graph's context to be current.
+    void drawDim(QOpenGLFunctions *gl);
+
 public Q_SLOTS:
     void dirtyShader();
     void computeFps();
@@ -85,6 +89,7 @@ private:
     bool isOverlayActive() const;
     void paintFrame(QOpenGLFunctions *gl);
     void createShaders();
+    void createLayerShaders();
     void drawEye(QOpenGLFunctions *gl, int eye, QSize size = QSize());
     void drawPanorama(QOpenGLFunctions *gl, int eye);
     void drawOverlay(QOpenGLFunctions *gl, int layer);
@@ -96,10 +101,11 @@ private:
     FramePacer *m_pacer; // a child
 
     std::unique_ptr<PanoramaProgram> m_panoramaProgram;
+    std::unique_ptr<PanoramaProgram> m_dimProgram;
     std::unique_ptr<PanoramaProgram> m_overlayProgram;
     bool m_shaderDirty = true;
-    bool m_overlayMissing = false; // its shader does not build
-    bool m_fullSphere = false; // what the panorama's shader was specialised for
+    bool m_layersBuilt = false; // the two latter, or their failure is known
+    ShaderAssumptions m_assumptions; // what the panorama's shader was specialised for
 
     mutable omp_lock_t m_printLock;
     int m_printScreenRequested = 0;

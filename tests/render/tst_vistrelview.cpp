@@ -168,6 +168,7 @@ private Q_SLOTS:
     void nothingToShow();
     void withoutSurroundings();
     void countsFromTheFirstFrame();
+    void dimsToTheHalf();
     void interfaceBlursThePanorama();
     void interfaceStandsInItsPlace_data();
     void interfaceStandsInItsPlace();
@@ -404,9 +405,8 @@ QImage TestVistrelView::expected()
         target.bind();
         gl->glClearColor(kBackground.redF(), kBackground.greenF(), kBackground.blueF(), 1);
         gl->glClear(GL_COLOR_BUFFER_BIT);
-        const auto program =
-            PanoramaProgram::build("reference", modes().fragmentShaderSource(false, false, false),
-                                   PanoramaProgram::Nothing);
+        const auto program = PanoramaProgram::build(
+            "reference", modes().fragmentShaderSource(false, false, false), {});
         QOpenGLTexture texture(m_source, QOpenGLTexture::DontGenerateMipMaps);
         for (int eye = 0; program && eye < (split ? 2 : 1); ++eye) {
             gl->glViewport(eye * eyeWidth, 0, eyeWidth, eyeHeight);
@@ -515,6 +515,26 @@ void TestVistrelView::countsFromTheFirstFrame()
     view.init(m_app.get());
     QTRY_VERIFY(!told.isEmpty());
     QCOMPARE(told.first(), 1);
+}
+
+void TestVistrelView::dimsToTheHalf()
+{
+    VistrelView view;
+    view.init(m_app.get());
+    m_context->makeCurrent(m_surface.get());
+    QOpenGLFunctions *gl = m_context->functions();
+    QOpenGLFramebufferObject target(QSize(8, 4));
+    target.bind();
+    gl->glClearColor(1, 0.5F, 0, 1);
+    gl->glClear(GL_COLOR_BUFFER_BIT);
+    gl->glViewport(0, 0, 4, 4);
+    view.drawDim(gl);
+    const QImage image = target.toImage();
+    QVERIFY(qAbs(qRed(image.pixel(3, 3)) - 127) <= 1 && qAbs(qGreen(image.pixel(0, 0)) - 64) <= 1);
+    QCOMPARE(qRed(image.pixel(4, 0)), 255);
+    QVERIFY(!gl->glIsEnabled(GL_BLEND));
+    target.release();
+    m_context->doneCurrent();
 }
 
 void TestVistrelView::interfaceBlursThePanorama()
