@@ -22,6 +22,10 @@ VxQQuickView::VxQQuickView(VxContext *context)
     connect(this, &QQuickWindow::beforeRendering, this, &VxQQuickView::clearWindow,
             Qt::DirectConnection);
     connect(this, &QWindow::windowStateChanged, this, &VxQQuickView::onWindowStateChanged);
+    // Early enough for the first file, which is opened as soon as the scene graph is there and asks
+    // for the largest texture; the main thread is held meanwhile.
+    connect(this, &QQuickWindow::sceneGraphInitialized, this, &VxQQuickView::computeGpuInfo,
+            Qt::DirectConnection);
     connect(this, &QQuickWindow::beforeRendering, this, &VxQQuickView::computeGpuInfo,
             Qt::DirectConnection);
     connect(this, &QQuickWindow::afterRendering, this, &VxQQuickView::computeFps,
@@ -99,6 +103,7 @@ void VxQQuickView::onWindowStateChanged(Qt::WindowState state)
 
 void VxQQuickView::computeGpuInfo()
 {
+    disconnect(this, &QQuickWindow::sceneGraphInitialized, this, &VxQQuickView::computeGpuInfo);
     disconnect(this, &QQuickWindow::beforeRendering, this, &VxQQuickView::computeGpuInfo);
     QOpenGLContext *context = QOpenGLContext::currentContext();
     if (!context)
