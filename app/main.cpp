@@ -3,6 +3,7 @@
 #include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/PicturePrefetch.h"
+#include "app/Platform.h"
 #include "app/VxGlobalObject.h"
 #include "settings/VxVlcOptions.h"
 
@@ -21,20 +22,6 @@
 namespace {
 
 Q_LOGGING_CATEGORY(lcApp, "tavro.app")
-
-/// Chooses what the platform must know before the application object exists.
-void prepareEnvironment()
-{
-    // Under Wayland the window system gives no native events and no position to the program; where
-    // X11 is there too, it is the better choice.
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")
-        && qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && qEnvironmentVariableIsSet("DISPLAY"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
-    // The panorama asks for the next frame as soon as one is shown; waiting for idle time in
-    // between only costs frames.
-    if (!qEnvironmentVariableIsSet("QT_QPA_UPDATE_IDLE_TIME"))
-        qputenv("QT_QPA_UPDATE_IDLE_TIME", "0");
-}
 
 QStringList textsOf(int argc, char **argv)
 {
@@ -83,7 +70,7 @@ int main(int argc, char **argv)
     mallopt(M_TOP_PAD, 4 << 20);
     // Qt would do it with the application object, but paths are read before.
     std::setlocale(LC_ALL, "");
-    prepareEnvironment();
+    Platform::prepareEnvironment();
     const QString startDirectory = QDir::currentPath();
     try {
         const Outcome outcome = runApplication(argc, argv, startDirectory);

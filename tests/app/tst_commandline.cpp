@@ -2,6 +2,7 @@
 // The command line and the names under which the program goes.
 #include "app/CommandLine.h"
 #include "app/Identity.h"
+#include "app/Platform.h"
 
 #include <QProcess>
 #include <QTest>
@@ -16,6 +17,8 @@ private Q_SLOTS:
     void namesFiles_data();
     void namesFiles();
     void noArgumentsNoOptions();
+    void choosesTheWindowSystem_data();
+    void choosesTheWindowSystem();
     void refuses_data();
     void refuses();
     void displayVersion_data();
@@ -87,6 +90,41 @@ void TestCommandLine::namesFiles()
 void TestCommandLine::noArgumentsNoOptions()
 {
     QVERIFY(CommandLine::parse({"program"}, "/start").isEmpty());
+}
+
+void TestCommandLine::choosesTheWindowSystem_data()
+{
+    QTest::addColumn<QByteArray>("wayland");
+    QTest::addColumn<QByteArray>("x11");
+    QTest::addColumn<QByteArray>("chosen");
+    QTest::addColumn<QByteArray>("result");
+    QTest::newRow("both") << QByteArray("wayland-0") << QByteArray(":0") << QByteArray()
+                          << QByteArray("xcb");
+    QTest::newRow("both, and the user's choice") << QByteArray("wayland-0") << QByteArray(":0")
+                                                 << QByteArray("wayland") << QByteArray("wayland");
+    QTest::newRow("Wayland alone")
+        << QByteArray("wayland-0") << QByteArray() << QByteArray() << QByteArray();
+    QTest::newRow("X11 alone") << QByteArray() << QByteArray(":0") << QByteArray() << QByteArray();
+}
+
+void TestCommandLine::choosesTheWindowSystem()
+{
+    const QVector<const char *> names{"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"};
+    QVector<QByteArray> before;
+    for (const char *name : names)
+        before.append(qgetenv(name));
+    const auto set = [&](const QVector<QByteArray> &values) {
+        for (int i = 0; i < names.size(); ++i)
+            values[i].isEmpty() ? qunsetenv(names[i]) : qputenv(names[i], values[i]);
+    };
+    QFETCH(QByteArray, wayland);
+    QFETCH(QByteArray, x11);
+    QFETCH(QByteArray, chosen);
+    set({wayland, x11, chosen});
+    Platform::prepareEnvironment();
+    const QByteArray result = qgetenv("QT_QPA_PLATFORM");
+    set(before);
+    QTEST(result, "result");
 }
 
 void TestCommandLine::refuses_data()
