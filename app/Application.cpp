@@ -207,6 +207,9 @@ bool Application::event(QEvent *event)
 void Application::teardown()
 {
     VxVlcOptions::instance()->save(m_settings->store());
+    // What follows may hang on a decoder that waits for a dead disk; what the user has set must not
+    // be lost with it. It is written once more at the end, with what the objects leave behind.
+    m_settings->save();
     // Its players are gone: quit() has seen to that.
     delete m_videoPlugin;
     m_videoPlugin = nullptr;

@@ -2,6 +2,7 @@
 // The entry point.
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/EndGuard.h"
 #include "app/PicturePrefetch.h"
 #include "app/Platform.h"
 #include "app/VxGlobalObject.h"
@@ -13,7 +14,9 @@
 #include <QThread>
 
 #include <malloc.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <clocale>
 #include <exception>
 #include <memory>
@@ -22,6 +25,9 @@
 namespace {
 
 Q_LOGGING_CATEGORY(lcApp, "tavro.app")
+
+// Longer than any decoder of a healthy disk takes for one picture.
+constexpr std::chrono::seconds kEndPatience(10);
 
 QStringList textsOf(int argc, char **argv)
 {
@@ -38,9 +44,20 @@ struct Outcome
     QStringList arguments;
 };
 
+/// Starts the program anew if it ended for that.
+void relaunch(const Outcome &outcome, const QString &startDirectory)
+{
+    if (outcome.exitCode != VxGlobalObject::kRestartExitCode)
+        return;
+    QThread::sleep(1);
+    // Relative paths among the arguments count from where this process was started.
+    QProcess::startDetached(outcome.program, outcome.arguments, startDirectory);
+}
+
 Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
 {
     Outcome outcome;
+    std::unique_ptr<EndGuard> guard; // outlives the application object, whose end may hang too
     // Qt takes the first thread that asks for itself for the main one.
     Q_UNUSED(QThread::currentThread())
     // Decoding is the longest part of the start, so it begins first.
@@ -55,6 +72,10 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
     VxVlcOptions::setInstance(&options);
     application.init(startDirectory, std::move(prefetch));
     outcome.exitCode = Application::exec();
+    guard = std::make_unique<EndGuard>(kEndPatience, [&outcome, &startDirectory] {
+        relaunch(outcome, startDirectory);
+        _exit(outcome.exitCode);
+    });
     application.teardown();
     VxVlcOptions::setInstance(nullptr);
     return outcome;
@@ -74,11 +95,7 @@ int main(int argc, char **argv)
     const QString startDirectory = QDir::currentPath();
     try {
         const Outcome outcome = runApplication(argc, argv, startDirectory);
-        if (outcome.exitCode == VxGlobalObject::kRestartExitCode) {
-            QThread::sleep(1);
-            // Relative paths among the arguments count from where this process was started.
-            QProcess::startDetached(outcome.program, outcome.arguments, startDirectory);
-        }
+        relaunch(outcome, startDirectory);
         return outcome.exitCode;
     } catch (const std::exception &exception) {
         qCCritical(lcApp) << exception.what();

@@ -15,6 +15,8 @@ private Q_SLOTS:
     void initTestCase();
     void endsCleanly_data();
     void endsCleanly();
+    void endsInSpiteOfADeadDisk();
+    void startsAnew();
     void needsShaders();
     void refusesAnUnknownOption();
     void staysHiddenForAHost();
@@ -77,6 +79,48 @@ void TestLifetime::endsCleanly()
         player.terminate(way == "SIGINT" ? SIGINT : SIGTERM);
     QCOMPARE(player.waitForEnd(), 0);
     QCOMPARE(player.noise(), QString());
+}
+
+void TestLifetime::endsInSpiteOfADeadDisk()
+{
+#ifdef TAVRO_DEAD_DISK
+    const QString file = m_dir.filePath("dead disk.jpg");
+    QVERIFY(m_source.save(file));
+    PlayerStart start;
+    start.arguments = QStringList{file};
+    start.environment = QStringList{"LD_PRELOAD=" TAVRO_DEAD_DISK};
+    PlayerProcess player(start);
+    QVERIFY(player.waitForLog("opening"));
+    player.keys({"ctrl+q"});
+    QCOMPARE(player.waitForEnd(), 0);
+#else
+    QSKIP("The C library's calls cannot be replaced in a sanitized build.");
+#endif
+}
+
+// What asks for a restart comes with devices that are not here, so a debugger gives the order.
+void TestLifetime::startsAnew()
+{
+    PlayerStart start;
+    start.directory = m_dir.path();
+    start.arguments = QStringList{"sphere.png"};
+    PlayerProcess player(start);
+    QVERIFY(player.waitForPicture({}, m_source).share >= 0.99);
+    const QString first = runTool("xdotool", {"getwindowpid", QString::number(player.window())});
+    runTool(
+        "gdb",
+        {"-q", "-batch", "-p", first, "-ex", "call (void)_ZN16QCoreApplication4exitEi(123456789)"});
+    QCOMPARE(player.waitForEnd(), 123456789 & 0xFF);
+
+    QString second;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !(second = runTool("xdotool", {"search", "--onlyvisible", "--name", "sphere.png"}))
+             .isEmpty(),
+        PlayerProcess::kPatienceMs);
+    const pid_t pid = runTool("xdotool", {"getwindowpid", second}).toInt();
+    QVERIFY(pid != first.toInt());
+    QVERIFY(pid > 0 && kill(pid, SIGTERM) == 0);
+    QTRY_VERIFY_WITH_TIMEOUT(kill(pid, 0) != 0, PlayerProcess::kPatienceMs);
 }
 
 void TestLifetime::needsShaders()

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Loaded into the player before the C library: a file whose name says so lies on a disk that takes
+// the request to open it and never answers.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <string.h>
+#include <unistd.h>
+
+static int answer(const char *function, const char *path, int flags, mode_t mode)
+{
+    while (strstr(path, "dead disk"))
+        pause();
+    int (*next)(const char *, int, ...) =
+        (int (*)(const char *, int, ...))dlsym(RTLD_NEXT, function);
+    return next(path, flags, mode);
+}
+
+#define ANSWER(name)                                                                               \
+    int name(const char *path, int flags, ...)                                                     \
+    {                                                                                              \
+        va_list rest;                                                                              \
+        va_start(rest, flags);                                                                     \
+        const mode_t mode = flags & O_CREAT ? va_arg(rest, mode_t) : 0;                            \
+        va_end(rest);                                                                              \
+        return answer(#name, path, flags, mode);                                                   \
+    }
+
+ANSWER(open)
+ANSWER(open64)
