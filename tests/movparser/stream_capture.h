@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// What this process writes to its standard error stream while an object of this class lives.
+// What this process writes to a standard stream while an object of this class lives.
 
 #include <QtCore/QTemporaryFile>
 
@@ -9,36 +9,38 @@
 
 #include <cstdio>
 
-class StderrCapture
+class StreamCapture
 {
 public:
-    StderrCapture()
+    explicit StreamCapture(FILE *stream = stderr)
+        : m_stream(stream)
     {
         if (!m_file.open())
             qFatal("no temporary file");
-        std::fflush(stderr);
-        m_saved = dup(STDERR_FILENO);
-        dup2(m_file.handle(), STDERR_FILENO);
+        std::fflush(m_stream);
+        m_saved = dup(fileno(m_stream));
+        dup2(m_file.handle(), fileno(m_stream));
     }
 
-    ~StderrCapture()
+    ~StreamCapture()
     {
-        std::fflush(stderr);
-        dup2(m_saved, STDERR_FILENO);
+        std::fflush(m_stream);
+        dup2(m_saved, fileno(m_stream));
         ::close(m_saved);
     }
 
-    StderrCapture(const StderrCapture &) = delete;
-    StderrCapture &operator=(const StderrCapture &) = delete;
+    StreamCapture(const StreamCapture &) = delete;
+    StreamCapture &operator=(const StreamCapture &) = delete;
 
     QByteArray text()
     {
-        std::fflush(stderr);
+        std::fflush(m_stream);
         QFile reader(m_file.fileName());
         return reader.open(QIODevice::ReadOnly) ? reader.readAll() : QByteArray("not readable");
     }
 
 private:
+    FILE *m_stream;
     QTemporaryFile m_file;
     int m_saved = -1;
 };

@@ -5,7 +5,7 @@
 #include "movparser/src/atom_tcmi.h"
 #include "movparser/src/mov_file_reader.h"
 #include "movparser/src/sync_file_writer_qt.h"
-#include "stderr_capture.h"
+#include "stream_capture.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
@@ -28,6 +28,11 @@ private Q_SLOTS:
     void questionsWithoutAnAnswerPlace();
     void anotherFileReplacesTheFirst();
     void aFailedOpenLeavesNothing();
+    void tracksAreCountedByTheirKind();
+    void timeIsToldInEveryUnit();
+    void syncSamplesAreFoundInAnyOrder_data();
+    void syncSamplesAreFoundInAnyOrder();
+    void whatWasReadIsPrintedAsRewritten();
     void samplesAreFoundAndRead();
     void tablesOutliveTheirReader();
     void aWalkIsTheSameInEveryOrder();
@@ -131,7 +136,7 @@ void tst_MovFileReader::opensOrSaysWhyNot()
     const QString path = store(bytes);
     QElapsedTimer timer;
     timer.start();
-    StderrCapture capture;
+    StreamCapture capture;
     QCOMPARE(reader.Open(path), result);
     QVERIFY(timer.elapsed() < 1000);
     if (result == 0 || !printed.isEmpty())
@@ -283,6 +288,8 @@ void tst_MovFileReader::questionsWithoutAnAnswerPlace()
     QCOMPARE(reader.GetStereoMode(nullptr), 5u);
     QCOMPARE(reader.GetWritingTool(nullptr), 5u);
     QCOMPARE(reader.GetEsds(nullptr), 5u);
+    QCOMPARE(reader.GetChannelCount(nullptr), 5u);
+    QCOMPARE(reader.GetTrackSeconds(nullptr), 5u);
 }
 
 void tst_MovFileReader::anotherFileReplacesTheFirst()
@@ -393,6 +400,129 @@ void tst_MovFileReader::samplesAreFoundAndRead()
     timeless.tables.removeAt(3);
     QCOMPARE(reader.Open(store(movieFile(movie({timeless})))), 0u);
     QCOMPARE(reader.GetSampleIndexForTime(0, &index), 0x40003u);
+}
+
+void tst_MovFileReader::tracksAreCountedByTheirKind()
+{
+    const auto track = [](const char *handler, const char *name, uint32_t id, uint32_t samples) {
+        TestTrack made;
+        made.handler = handler;
+        made.name = name;
+        made.id = id;
+        made.samples = samples;
+        return made;
+    };
+    QList<TestTrack> tracks = {
+        track("vide", "Video", 1, 25),    track("soun", "Sound", 2, 25),
+        track("soun", "Silence", 3, 0),   track("meta", "Positions", 4, 25),
+        track("meta", "", 5, 25),         track("meta", "The Tavro MET", 6, 7),
+        track("tmcd", "Time code", 7, 25)};
+    tracks[0].children = {Box("tref").child(Box("tmcd").u32(7))};
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie(tracks)))), 0u);
+    QCOMPARE(reader.GetTrackCount(FourCC("vide")), 1u);
+    QCOMPARE(reader.GetTrackCount(FourCC("soun")), 1u);
+    QCOMPARE(reader.GetTrackCount(FourCC("meta")), 1u);
+    QCOMPARE(reader.GetTrackCount(FourCC("text")), 0u);
+    QVERIFY(reader.HasTimeCode());
+    QVERIFY(reader.HasMetadata());
+    QVERIFY(!reader.HasText());
+    uint32_t samples = 0;
+    QCOMPARE(reader.GetSampleCount(&samples, {FourCC("soun"), 1}), 0u);
+    QCOMPARE(samples, 0u);
+    QCOMPARE(reader.GetSampleCount(&samples, {FourCC("meta"), 0}), 0u);
+    QCOMPARE(samples, 7u); // other programs' metadata are passed over
+    QCOMPARE(reader.GetSampleCount(&samples, {FourCC("meta"), 1}), 0x40002u);
+
+    tracks = {track("vide", "Video", 1, 25), track("meta", "Positions", 2, 25),
+              track("tmcd", "Time code", 3, 25), track("text", "Chapters", 4, 25)};
+    QCOMPARE(reader.Open(store(movieFile(movie(tracks)))), 0u);
+    QVERIFY(!reader.HasTimeCode()); // nothing refers to it
+    QVERIFY(!reader.HasMetadata());
+    QVERIFY(reader.HasText());
+}
+
+void tst_MovFileReader::timeIsToldInEveryUnit()
+{
+    TestTrack video;
+    video.timeScale = 30000;
+    video.duration = 45000;
+    video.children = {Box("tref").child(Box("tmcd").u32(2))};
+    TestTrack timeCode;
+    timeCode.handler = "tmcd";
+    timeCode.id = 2;
+    timeCode.timeScale = 0;
+    timeCode.tables.last() = Box::full("stco").u32(1).u32(3000);
+    QByteArray bytes = movieFile(movie({video, timeCode}));
+    bytes.append(4000 - bytes.size(), '\0').replace(3000, 4, Box::encode(107892, 4));
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(bytes)), 0u);
+    uint32_t number = 0;
+    double seconds = 0;
+    QCOMPARE(reader.GetMovieTimeScale(&number), 0u);
+    QCOMPARE(number, 600u);
+    QCOMPARE(reader.GetTimeScale(&number), 0u);
+    QCOMPARE(number, 30000u);
+    QCOMPARE(reader.GetTrackDuration(&number), 0u);
+    QCOMPARE(number, 45000u);
+    QCOMPARE(reader.GetTrackSeconds(&seconds), 0u);
+    QCOMPARE(seconds, 1.5);
+    QCOMPARE(reader.GetTrackSeconds(&seconds, {FourCC("tmcd"), 0}), 0u);
+    QCOMPARE(seconds, 0.0); // it has no time scale
+    QCOMPARE(reader.GetTrackSeconds(&seconds, {FourCC("soun"), 0}), 0x40002u);
+    QCOMPARE(reader.GetTrackDuration(&number, {FourCC("soun"), 0}), 0x40002u);
+    QCOMPARE(reader.GetTimeCodeStart(&number), 0u);
+    QCOMPARE(number, 107892u);
+    QCOMPARE(reader.GetTimeCodeStart(nullptr), 5u);
+
+    video.children.clear();
+    QCOMPARE(reader.Open(store(movieFile(movie({video, timeCode})))), 0u);
+    QCOMPARE(reader.GetTimeCodeStart(&number), 0x40002u);
+}
+
+void tst_MovFileReader::syncSamplesAreFoundInAnyOrder_data()
+{
+    QTest::addColumn<QList<uint>>("numbers");
+    QTest::newRow("ascending") << QList<uint>{1, 4, 4, 9, 30};
+    QTest::newRow("one") << QList<uint>{7};
+    QTest::newRow("none") << QList<uint>{};
+    QTest::newRow("out of order at its end") << QList<uint>{2, 3, 5, 8, 1};
+    QTest::newRow("descending") << QList<uint>{30, 9, 4, 1};
+}
+
+void tst_MovFileReader::syncSamplesAreFoundInAnyOrder()
+{
+    QFETCH(QList<uint>, numbers);
+    SyncSampleAtom atom;
+    for (const uint number : qAsConst(numbers))
+        QCOMPARE(atom.AddSample(number), MovAtom::ERROR_OKAY);
+    const auto finds = [&] {
+        for (uint number = 0; number < 32; ++number) {
+            if (atom.Contains(number) != numbers.contains(number))
+                return false;
+        }
+        return true;
+    };
+    QVERIFY(finds());
+    numbers.append(3); // what was known of the order does not hold any more
+    QCOMPARE(atom.AddSample(3), MovAtom::ERROR_OKAY);
+    QVERIFY(finds());
+}
+
+void tst_MovFileReader::whatWasReadIsPrintedAsRewritten()
+{
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie({fiveSamples()})))), 0u);
+    QByteArray printed;
+    {
+        StreamCapture capture(stdout);
+        QCOMPARE(reader.PrintRewritten(), 0u);
+        printed = capture.text();
+    }
+    std::string expected;
+    reader.Movie().PrintToString(&expected, 0); // written once, it has the sizes of the copy
+    QCOMPARE(printed, QByteArray::fromStdString(expected));
+    QVERIFY(printed.contains("SampleSizeTable: 0000000001  "));
 }
 
 // Tables refer to the bytes that the reader loaded until somebody changes them.
