@@ -63,6 +63,8 @@ uint32_t MovFileReader::Parse(const QString &path)
     uint64_t size = 0;
     if (LocateMovieAtom(&position, &size) != 0)
         return ERROR_MISSING_MOVIE_HEADER;
+    if (size > kMaxMovieSize)
+        return ReportError(kFileReaderDomain, FileReader::ERROR_BUFFER_ALLOC);
     // The sample tables stay where they were read to, so the block lives as long as they do.
     const auto buffer = std::make_shared<FileBuffer>();
     buffer->SetOwner(buffer);

@@ -35,6 +35,10 @@ struct TrackRef
 class MovFileReader : public MovFile
 {
 public:
+    /// Bytes of the largest `moov` that is opened: weeks of media. A file with a hole in it may
+    /// claim any size; more than this is ERROR_BUFFER_ALLOC as if there were no such memory.
+    static constexpr uint64_t kMaxMovieSize = uint64_t{256} << 20;
+
     MovFileReader() = default;
     virtual ~MovFileReader();
     MovFileReader(const MovFileReader &) = delete;
