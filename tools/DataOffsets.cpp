@@ -117,6 +117,22 @@ bool locatesMovedItems(const std::vector<uint8_t> &fields, const OffsetShift &sh
     return isCut;
 }
 
+bool holdMovedItems(const std::vector<RawAtom> &atoms, const OffsetShift &shift)
+{
+    return std::any_of(atoms.cbegin(), atoms.cend(), [&shift](const RawAtom &atom) {
+        switch (atom.type) {
+        case FourCC("iloc"):
+        case FourCC("meta"):
+        case FourCC("traf"):
+        case FourCC("trak"):
+        case FourCC("udta"):
+            return hasMovedItems(atom, shift);
+        default:
+            return false;
+        }
+    });
+}
+
 /// The data offset that a fragment header may carry instead of counting from the fragment itself.
 void relocateFragmentHeader(RawAtom *tfhd, const OffsetShift &shift)
 {
@@ -176,24 +192,15 @@ bool hasMovedItems(const RawAtom &atom, const OffsetShift &shift)
 {
     if (atom.type == FourCC("iloc"))
         return locatesMovedItems(atom.fields, shift);
+    if (!atom.children.empty())
+        return holdMovedItems(atom.children, shift);
+    // Looked at in a copy: what is taken apart is not always put together to the same bytes.
     RawAtom parts = atom;
     // QuickTime's `meta` begins with its first child, that of other films with version and flags.
     const bool hasVersion = atom.type == FourCC("meta")
         && (atom.fields.size() < 8 || readBigEndian(&atom.fields[4], 4) != FourCC("hdlr"));
     parts.split(hasVersion ? 4 : 0);
-    return std::any_of(parts.children.cbegin(), parts.children.cend(),
-                       [&shift](const RawAtom &child) {
-                           switch (child.type) {
-                           case FourCC("iloc"):
-                           case FourCC("meta"):
-                           case FourCC("traf"):
-                           case FourCC("trak"):
-                           case FourCC("udta"):
-                               return hasMovedItems(child, shift);
-                           default:
-                               return false;
-                           }
-                       });
+    return holdMovedItems(parts.children, shift);
 }
 
 bool relocateSegmentIndex(RawAtom *sidx, uint64_t end, const OffsetShift &shift)
