@@ -12,6 +12,32 @@ using Tavro::MovParserLib::FourCC;
 namespace {
 constexpr uint64_t kMax32 = std::numeric_limits<uint32_t>::max();
 
+/// Whether the way to places in the file goes on from an atom to its child. Only known ways are
+/// gone, so that atoms nested without end are not.
+bool leadsOn(uint32_t parent, uint32_t child)
+{
+    switch (child) {
+    case FourCC("trak"):
+        return parent == FourCC("moov");
+    case FourCC("mdia"):
+        return parent == FourCC("trak");
+    case FourCC("minf"):
+        return parent == FourCC("mdia");
+    case FourCC("stbl"):
+        return parent == FourCC("minf");
+    case FourCC("traf"):
+        return parent == FourCC("moof");
+    case FourCC("udta"):
+        return parent == FourCC("moov") || parent == FourCC("trak");
+    case FourCC("meta"):
+        return parent != FourCC("meta");
+    case FourCC("iloc"):
+        return parent == FourCC("meta");
+    default:
+        return false;
+    }
+}
+
 /// The entries of a table of offsets (`stco`, `co64`, `saio`), as many as really are there.
 struct OffsetTable
 {
@@ -71,13 +97,16 @@ void forEachOffsetTable(RawAtom *atom, const std::function<void(RawAtom *)> &vis
         case FourCC("mdia"):
         case FourCC("minf"):
         case FourCC("stbl"):
+            if (!leadsOn(atom->type, child.type))
+                break;
             child.split(0);
             forEachOffsetTable(&child, visit);
             break;
         case FourCC("stco"):
         case FourCC("co64"):
         case FourCC("saio"):
-            visit(&child);
+            if (atom->type == FourCC("stbl"))
+                visit(&child);
             break;
         default:
             break;
@@ -117,19 +146,10 @@ bool locatesMovedItems(const std::vector<uint8_t> &fields, const OffsetShift &sh
     return isCut;
 }
 
-bool holdMovedItems(const std::vector<RawAtom> &atoms, const OffsetShift &shift)
+bool holdMovedItems(uint32_t parent, const std::vector<RawAtom> &atoms, const OffsetShift &shift)
 {
-    return std::any_of(atoms.cbegin(), atoms.cend(), [&shift](const RawAtom &atom) {
-        switch (atom.type) {
-        case FourCC("iloc"):
-        case FourCC("meta"):
-        case FourCC("traf"):
-        case FourCC("trak"):
-        case FourCC("udta"):
-            return hasMovedItems(atom, shift);
-        default:
-            return false;
-        }
+    return std::any_of(atoms.cbegin(), atoms.cend(), [parent, &shift](const RawAtom &atom) {
+        return leadsOn(parent, atom.type) && hasMovedItems(atom, shift);
     });
 }
 
@@ -193,14 +213,14 @@ bool hasMovedItems(const RawAtom &atom, const OffsetShift &shift)
     if (atom.type == FourCC("iloc"))
         return locatesMovedItems(atom.fields, shift);
     if (!atom.children.empty())
-        return holdMovedItems(atom.children, shift);
+        return holdMovedItems(atom.type, atom.children, shift);
     // Looked at in a copy: what is taken apart is not always put together to the same bytes.
     RawAtom parts = atom;
     // QuickTime's `meta` begins with its first child, that of other films with version and flags.
     const bool hasVersion = atom.type == FourCC("meta")
         && (atom.fields.size() < 8 || readBigEndian(&atom.fields[4], 4) != FourCC("hdlr"));
     parts.split(hasVersion ? 4 : 0);
-    return holdMovedItems(parts.children, shift);
+    return holdMovedItems(parts.type, parts.children, shift);
 }
 
 bool relocateSegmentIndex(RawAtom *sidx, uint64_t end, const OffsetShift &shift)
@@ -226,7 +246,7 @@ bool relocateFragment(RawAtom *atom, const OffsetShift &shift)
     atom->split(0);
     bool fits = true;
     for (RawAtom &child : atom->children) {
-        if (child.type == FourCC("traf"))
+        if (child.type == FourCC("traf") && leadsOn(atom->type, child.type))
             fits = relocateFragment(&child, shift) && fits;
         else if (child.type == FourCC("tfhd"))
             relocateFragmentHeader(&child, shift);

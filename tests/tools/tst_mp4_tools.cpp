@@ -83,6 +83,7 @@ private Q_SLOTS:
     void offsetsThatOutgrow32BitsFollow();
     void everythingThatPointsBehindTheMovieFollows_data();
     void everythingThatPointsBehindTheMovieFollows();
+    void atomsWithinAtomsEnd();
     void foreignAtomsStay();
     void metadataNotAskedForStay();
     void refusals_data();
@@ -295,6 +296,26 @@ void tst_Mp4Tools::everythingThatPointsBehindTheMovieFollows()
     const uint64_t before = field(bytes).toHex().toULongLong(nullptr, 16);
     QVERIFY(before == 5000 || before == 4096);
     QCOMPARE(field(copy), Box::encode(before + grown, width));
+}
+
+void tst_Mp4Tools::atomsWithinAtomsEnd()
+{
+    constexpr uint64_t kDepth = 200000;
+    const QString path = m_out->filePath(QStringLiteral("in.mp4"));
+    for (const char *type : {"trak", "udta", "meta"}) {
+        QByteArray nested;
+        for (uint64_t i = 0; i < kDepth; ++i)
+            nested.append(Box::encode(8 * (kDepth - i), 4)).append(type);
+        TestTrack track;
+        track.children = {Box(type).raw(nested)};
+        QVERIFY(writeFile(path, movieFile(movie({track}))));
+        const Run tagged =
+            run(QStringLiteral(TAVRO_MP4TAG), {path, out(), QStringLiteral("--tool=x")});
+        QVERIFY2(tagged.exitCode == 0, tagged.errors.constData());
+        QFile file(out());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().contains(nested));
+    }
 }
 
 void tst_Mp4Tools::foreignAtomsStay()
