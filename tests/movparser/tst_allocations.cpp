@@ -10,8 +10,11 @@
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <new>
+#include <vector>
 
 using namespace Tavro::MovParserLib;
 
