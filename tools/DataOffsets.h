@@ -16,10 +16,18 @@ struct OffsetShift
     }
 };
 
-/// Gives a changed movie atom, which took `oldSize` bytes up to `oldEnd`, the chunk offsets that
-/// hold in the new file. Tables that outgrow 32 bits become `co64`, which makes the movie grow
-/// again; the shift that was settled on is returned.
-OffsetShift relocateChunks(RawAtom *moov, uint64_t oldSize, uint64_t oldEnd);
+/// Gives a changed movie atom, which took `oldSize` bytes up to `oldEnd`, the offsets of chunks and
+/// of auxiliary information that hold in the new file. Tables that outgrow 32 bits become those of
+/// 64, which makes the movie grow again; the shift that was settled on is returned.
+OffsetShift relocateTables(RawAtom *moov, uint64_t oldSize, uint64_t oldEnd);
+
+/// Whether an atom (`moov`, `moof` or `meta`) locates items that the shift moves. They hang
+/// together in ways of their own and are not followed.
+bool hasMovedItems(const RawAtom &atom, const OffsetShift &shift);
+
+/// The distance in an index of segments (`sidx`) that ended at `end`. False where its 32-bit field
+/// cannot hold the new one.
+bool relocateSegmentIndex(RawAtom *sidx, uint64_t end, const OffsetShift &shift);
 
 /// The same for the absolute offsets in a fragment (`moof`) or in the index of fragments (`mfra`).
 /// False where a 32-bit field cannot hold the new one.

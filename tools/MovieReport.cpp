@@ -4,6 +4,7 @@
 #include "movparser/src/report_error.h"
 #include "movparser/src/sound_sample_description.h"
 #include "movparser/src/video_sample_description.h"
+#include "tools/Printable.h"
 
 #include <QJsonArray>
 
@@ -18,19 +19,6 @@ QString errorText(uint32_t error)
     return QStringLiteral("0x%1 %2")
         .arg(error, 0, 16)
         .arg(QString::fromStdString(ErrorText(error & ~kCodeBits, error & kCodeBits)));
-}
-
-/// A string of the file with its control characters escaped: they would steer the terminal.
-QString printable(const QString &text)
-{
-    QString escaped;
-    for (const QChar character : text) {
-        if (character.category() == QChar::Other_Control)
-            escaped += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
-        else
-            escaped += character;
-    }
-    return escaped;
 }
 
 /// The value as `toValue` makes it, or the failure.
@@ -178,7 +166,7 @@ QJsonObject MovieReport::toJson() const
 
 QString MovieReport::toText() const
 {
-    QString text = m_path + QLatin1Char('\n');
+    QString text = printable(m_path) + QLatin1Char('\n');
     const auto stringOf = [](const QString &value) {
         return [value](const auto &) { return value; };
     };
@@ -221,6 +209,13 @@ QString MovieReport::toText() const
     for (const QString &entry : notConsulted())
         text += QStringLiteral("  not used:     ") + entry + QLatin1Char('\n');
     return text;
+}
+
+QString MovieReport::treeToText() const
+{
+    std::string tree;
+    m_reader.Movie().PrintToString(&tree, 0);
+    return printable(QString::fromStdString(tree), QStringLiteral("\n\t"));
 }
 
 QString MovieReport::makerReason() const

@@ -32,8 +32,8 @@ public:
     /// The answers as lines, each with where it comes from.
     QString toText() const;
 
-    /// The library's own dump of the atom tree, on standard output.
-    void printTree() const { m_reader.Movie().Print(0); }
+    /// The library's own dump of the atom tree, made safe for a terminal.
+    QString treeToText() const;
 
 private:
     QString makerReason() const;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tools/MovieTagger.h"
 
-#include "movparser/src/mov_atom.h"
+#include "movparser/src/mov_file_reader.h"
 #include "tools/OutputFile.h"
 
 #include <sys/stat.h>
@@ -11,8 +11,25 @@
 #include <cerrno>
 
 using Tavro::MovParserLib::FourCC;
+using Tavro::MovParserLib::MovFileReader;
 
 namespace {
+constexpr char kMovedItems[] = "has items whose places in the file cannot be moved";
+
+/// Whether a top-level atom beside the movie may say where in the file something lies.
+bool pointsAtPlaces(uint32_t type)
+{
+    switch (type) {
+    case FourCC("meta"):
+    case FourCC("mfra"):
+    case FourCC("moof"):
+    case FourCC("sidx"):
+        return true;
+    default:
+        return false;
+    }
+}
+
 bool readAt(int file, uint64_t position, uint8_t *to, size_t length)
 {
     while (length > 0) {
@@ -69,12 +86,11 @@ bool MovieTagger::scan(uint64_t fileSize)
 
 bool MovieTagger::load(const TopLevelAtom &atom, RawAtom *into)
 {
+    // What is larger cannot be played either; a file with a hole in it may claim any size.
+    if (atom.size > MovFileReader::kMaxMovieSize)
+        return fail(QStringLiteral("has an atom that is too large"));
     into->type = atom.type;
-    try {
-        into->fields.resize(atom.size - atom.headerSize);
-    } catch (const std::bad_alloc &) {
-        return fail(QStringLiteral("has an atom larger than the memory"));
-    }
+    into->fields.resize(atom.size - atom.headerSize);
     if (!readAt(m_file, atom.position + atom.headerSize, into->fields.data(), into->fields.size()))
         return fail(QStringLiteral("cannot be read"));
     return true;
@@ -85,7 +101,9 @@ bool MovieTagger::apply(const MovieTags &tags)
     QString why;
     if (!tagFirstVideoTrack(&m_movie, tags, &why, &m_lost))
         return fail(why);
-    m_shift = relocateChunks(&m_movie, m_oldMovie.size, m_oldMovie.position + m_oldMovie.size);
+    m_shift = relocateTables(&m_movie, m_oldMovie.size, m_oldMovie.position + m_oldMovie.size);
+    if (m_shift.distance != 0 && hasMovedItems(m_movie, m_shift))
+        return fail(QString::fromLatin1(kMovedItems));
     return true;
 }
 
@@ -97,9 +115,8 @@ bool MovieTagger::write(OutputFile *out)
             std::vector<uint8_t> bytes;
             m_movie.appendTo(&bytes);
             done = out->append(bytes);
-        } else if (m_shift.distance != 0
-                   && (atom.type == FourCC("moof") || atom.type == FourCC("mfra"))) {
-            done = writeFragment(atom, out);
+        } else if (m_shift.distance != 0 && pointsAtPlaces(atom.type)) {
+            done = writeMoved(atom, out);
         } else {
             done = out->appendFrom(m_file, atom.position, atom.size);
         }
@@ -109,16 +126,23 @@ bool MovieTagger::write(OutputFile *out)
     return true;
 }
 
-bool MovieTagger::writeFragment(const TopLevelAtom &atom, OutputFile *out)
+bool MovieTagger::writeMoved(const TopLevelAtom &atom, OutputFile *out)
 {
-    RawAtom fragment;
-    if (!load(atom, &fragment))
+    RawAtom moved;
+    if (!load(atom, &moved))
         return false;
+    if (atom.type != FourCC("sidx") && hasMovedItems(moved, m_shift))
+        return fail(QString::fromLatin1(kMovedItems));
+    if (atom.type == FourCC("meta"))
+        return out->appendFrom(m_file, atom.position, atom.size);
+    const bool fits = atom.type == FourCC("sidx")
+        ? relocateSegmentIndex(&moved, atom.position + atom.size, m_shift)
+        : relocateFragment(&moved, m_shift);
     // The media of a fragment are counted from its first byte, so it must keep its size.
-    if (!relocateFragment(&fragment, m_shift) || fragment.size() != atom.size)
+    if (!fits || moved.size() != atom.size)
         return fail(QStringLiteral("has a fragment that cannot be moved"));
     std::vector<uint8_t> bytes;
-    fragment.appendTo(&bytes);
+    moved.appendTo(&bytes);
     return out->append(bytes);
 }
 

@@ -39,7 +39,8 @@ private:
 
     bool scan(uint64_t fileSize);
     bool load(const TopLevelAtom &atom, RawAtom *into);
-    bool writeFragment(const TopLevelAtom &atom, OutputFile *out);
+    /// Writes an atom that may point at places in the file.
+    bool writeMoved(const TopLevelAtom &atom, OutputFile *out);
     bool fail(const QString &why);
 
     int m_file = -1;

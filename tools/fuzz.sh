@@ -3,7 +3,8 @@
 # Fuzzes the MP4/MOV library: tools/fuzz.sh SECONDS TARGET
 # TARGET is movie_read, movie_roundtrip or sample_pool. Builds the target with clang under the address
 # and undefined behaviour sanitizers, lets the library's own writer make the seed corpus, and runs.
-# What is found interesting stays in build/fuzz/corpus, what fails in build/fuzz/findings.
+# What is found interesting stays in build/fuzz/corpus, what fails in build/fuzz/findings. Exits with
+# 77 where clang is missing.
 set -euo pipefail
 
 usage() {
@@ -18,7 +19,7 @@ target=$2
 
 command -v clang++ >/dev/null || {
     echo "clang++ is missing: install clang and libclang-rt-14-dev" >&2
-    exit 1
+    exit 77
 }
 
 root=$(cd "$(dirname "$0")/.." && pwd)

@@ -30,12 +30,12 @@ enum class Form {
 bool printReport(const QString &path, Form form)
 {
     const MovieReport report(path);
-    const QByteArray text = form == Form::kJson
+    QByteArray text = form == Form::kJson
         ? QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) + '\n'
         : report.toText().toUtf8();
-    std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
     if (form == Form::kTree && report.opened())
-        report.printTree();
+        text += report.treeToText().toUtf8();
+    std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
     // The library reports failures on standard error: keep both streams in order in a pipe.
     std::fflush(stdout);
     return report.opened();

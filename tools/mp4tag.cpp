@@ -4,8 +4,10 @@
 #include "movparser/src/atom_proj.h"
 #include "tools/MovieTagger.h"
 #include "tools/OutputFile.h"
+#include "tools/Printable.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <fcntl.h>
 #include <getopt.h>
@@ -55,7 +57,7 @@ extern "C" void onSignal(int)
 
 int complain(const QString &text)
 {
-    std::fprintf(stderr, "tavro-mp4tag: %s\n", qPrintable(text));
+    std::fprintf(stderr, "tavro-mp4tag: %s\n", qPrintable(printable(text)));
     return 1;
 }
 
@@ -106,6 +108,13 @@ bool isSameFile(int file, const QString &path)
 
 int tag(const QString &in, const QString &out, const MovieTags &tags)
 {
+    // Opening a pipe would wait for its other end, and the copy takes the place of what stands
+    // under its name, devices too.
+    for (const QString &path : {in, out}) {
+        const QFileInfo info(path);
+        if (info.exists() && !info.isFile())
+            return complain(path + QStringLiteral(": is not a file"));
+    }
     QFile input(in);
     if (!input.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return complain(in + QStringLiteral(": ") + input.errorString());

@@ -20,8 +20,10 @@ MovAtom::Error ReadParameterSets(FileBuffer &buffer, uint8_t count, std::vector<
         const uint8_t *bytes = buffer.ReadInPlace(length);
         if (!bytes)
             return MovAtom::ERROR_ATOM_READ_FAILED;
-        if (i == 0)
-            first->assign(bytes, bytes + length);
+        if (i == 0
+            && MakeRoom(buffer, length, [&] { first->assign(bytes, bytes + length); })
+                != MovAtom::ERROR_OKAY)
+            return MovAtom::ERROR_ATOM_READ_FAILED;
     }
     return MovAtom::ERROR_OKAY;
 }

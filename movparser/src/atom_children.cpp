@@ -7,9 +7,14 @@ MovAtom::Error ReadUnparsed(FileBuffer &buffer, UnparsedMap *unparsed)
 {
     UnparsedAtom atom;
     const MovAtom::Error error = atom.Read(buffer);
-    if (error == MovAtom::ERROR_OKAY)
-        unparsed->emplace(atom.GetType(), atom);
-    return error;
+    if (error != MovAtom::ERROR_OKAY || unparsed->count(atom.GetType()) != 0)
+        return error;
+    constexpr uint64_t kNode = sizeof(UnparsedMap::value_type) + 4 * sizeof(void *);
+    return MakeRoom(buffer, kNode + atom.DataSize(), [&] {
+        const UnparsedAtom &copy = unparsed->emplace(atom.GetType(), atom).first->second;
+        if (copy.DataSize() < atom.DataSize())
+            throw std::bad_alloc(); // copying itself gives no code
+    });
 }
 
 MovAtom::Error SkipUnparsed(FileBuffer &buffer)

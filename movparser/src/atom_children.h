@@ -72,7 +72,9 @@ private:
 template <class T> [[nodiscard]] MovAtom::Error ReadChild(FileBuffer &buffer, AtomPtr<T> *child)
 {
     child->reset();
-    const MovAtom::Error error = child->Ensure().Read(buffer);
+    MovAtom::Error error = MakeRoom(buffer, sizeof(T), [child] { child->Ensure(); });
+    if (error == MovAtom::ERROR_OKAY)
+        error = (*child)->Read(buffer);
     if (error != MovAtom::ERROR_OKAY)
         child->reset();
     return error;

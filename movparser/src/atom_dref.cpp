@@ -46,7 +46,8 @@ MovAtom::Error DataReferenceAtom::Read(FileBuffer &buffer)
     for (uint32_t i = 0; i < count; ++i) {
         DataReference entry;
         MOV_READ(scope, entry.Read(buffer));
-        entries.push_back(std::move(entry));
+        MOV_READ(scope,
+                 MakeRoom(buffer, sizeof entry, [&] { entries.push_back(std::move(entry)); }));
     }
     return scope.Finish(size);
 }

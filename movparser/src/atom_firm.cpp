@@ -15,7 +15,7 @@ MovAtom::Error TavroCameraFirmwareAtom::Read(FileBuffer &buffer)
     MOV_READ(scope, MovAtom::Read(buffer, kType));
     if (size > GetHeaderSize()) {
         MOV_READ(scope, ReadTable(buffer, size - GetHeaderSize(), &m_version));
-        m_version.push_back(0);
+        MOV_READ(scope, MakeRoom(buffer, m_version.size(), [this] { m_version.push_back(0); }));
     }
     return scope.Finish(size);
 }

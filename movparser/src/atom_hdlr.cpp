@@ -35,8 +35,9 @@ MovAtom::Error HandlerReferenceAtom::ReadName(FileBuffer &buffer, uint64_t rest)
         return ERROR_ATOM_READ_FAILED;
     hasCountedName = rest > 0 && rest < 256 && bytes[0] == rest - 1;
     const uint64_t skipped = hasCountedName ? 1 : 0;
-    nameBytes.assign(reinterpret_cast<const char *>(bytes) + skipped, rest - skipped);
-    return ERROR_OKAY;
+    return MakeRoom(buffer, rest, [&] {
+        nameBytes.assign(reinterpret_cast<const char *>(bytes) + skipped, rest - skipped);
+    });
 }
 
 MovAtom::Error HandlerReferenceAtom::Write(FileBuffer &buffer)
@@ -57,7 +58,7 @@ void HandlerReferenceAtom::PrintToString(std::string *out, uint32_t depth) const
     PrintFourCC(out, block.Depth(), "ComponentManufacturer: ", componentManufacturer);
     PrintLine(out, block.Depth(), "ComponentFlags: %d", componentFlags);
     PrintLine(out, block.Depth(), "ComponentFlagsMask: %d", componentFlagsMask);
-    PrintLine(out, block.Depth(), "ComponentName: %s", GetName().c_str());
+    PrintLine(out, block.Depth(), "ComponentName: %s", nameBytes.c_str());
 }
 
 uint64_t HandlerReferenceAtom::GetSize() const
@@ -66,9 +67,9 @@ uint64_t HandlerReferenceAtom::GetSize() const
         + nameBytes.size();
 }
 
-std::string HandlerReferenceAtom::GetName() const
+std::string_view HandlerReferenceAtom::GetName() const
 {
-    return nameBytes.substr(0, nameBytes.find('\0'));
+    return std::string_view(nameBytes).substr(0, nameBytes.find('\0'));
 }
 
 void HandlerReferenceAtom::SetName(const std::string &name_)

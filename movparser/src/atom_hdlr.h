@@ -34,7 +34,7 @@ public:
     uint64_t GetSize() const override;
 
     /// The name up to its first 0 byte.
-    std::string GetName() const;
+    std::string_view GetName() const;
 
     /// Keeps the form; a counted name is cut to the 254 bytes that can be told from a text.
     void SetName(const std::string &name_);

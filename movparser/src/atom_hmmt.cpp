@@ -54,8 +54,11 @@ MovAtom::Error TavroKeymarkTagAtom::SetTags(int count, const uint32_t *milliseco
     if (count == 0 || !milliseconds)
         return ERROR_INVALID_ARG;
     const bool clamped = count < 0 || count >= static_cast<int>(kMaxTags);
-    m_tags.assign(milliseconds, milliseconds + (clamped ? kMaxTags : static_cast<uint32_t>(count)));
-    return ERROR_OKAY;
+    return OrNoMemory([&] {
+        m_tags.assign(milliseconds,
+                      milliseconds + (clamped ? kMaxTags : static_cast<uint32_t>(count)));
+        return ERROR_OKAY;
+    });
 }
 
 } // namespace Tavro::MovParserLib

@@ -53,7 +53,9 @@ MovAtom::Error ReadArray(FileBuffer &buffer, HVCCArray *array)
         return MovAtom::ERROR_ATOM_READ_FAILED;
     array->array_completeness = (kind & 0x80) != 0;
     array->NAL_unit_type = kind & 0x3f;
-    array->nalus.resize(count);
+    if (MakeRoom(buffer, count * sizeof(std::vector<uint8_t>), [&] { array->nalus.resize(count); })
+        != MovAtom::ERROR_OKAY)
+        return MovAtom::ERROR_ATOM_READ_FAILED;
     for (std::vector<uint8_t> &nalu : array->nalus) {
         uint16_t length = 0;
         if (ReadNumber(buffer, &length) != MovAtom::ERROR_OKAY
@@ -109,7 +111,8 @@ MovAtom::Error HVCCAtom::Read(FileBuffer &buffer)
     for (uint8_t i = 0; i < packed.arrayCount; ++i) {
         HVCCArray array;
         MOV_READ(scope, ReadArray(buffer, &array));
-        arrays.push_back(std::move(array));
+        MOV_READ(scope,
+                 MakeRoom(buffer, sizeof array, [&] { arrays.push_back(std::move(array)); }));
     }
     return scope.Finish(size);
 }

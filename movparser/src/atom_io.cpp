@@ -3,16 +3,21 @@
 
 namespace Tavro::MovParserLib {
 
+MovAtom::Error ReadText(FileBuffer &buffer, uint64_t length, std::string *text)
+{
+    const uint8_t *bytes = buffer.ReadInPlace(length);
+    if (!bytes)
+        return MovAtom::ERROR_ATOM_READ_FAILED;
+    return MakeRoom(buffer, length,
+                    [&] { text->assign(reinterpret_cast<const char *>(bytes), length); });
+}
+
 MovAtom::Error ReadCountedString(FileBuffer &buffer, std::string *text)
 {
     uint8_t length = 0;
     if (ReadNumber(buffer, &length) != MovAtom::ERROR_OKAY)
         return MovAtom::ERROR_ATOM_READ_FAILED;
-    const uint8_t *bytes = buffer.ReadInPlace(length);
-    if (!bytes)
-        return MovAtom::ERROR_ATOM_READ_FAILED;
-    text->assign(reinterpret_cast<const char *>(bytes), length);
-    return MovAtom::ERROR_OKAY;
+    return ReadText(buffer, length, text);
 }
 
 MovAtom::Error WriteCountedString(FileBuffer &buffer, const std::string &text)

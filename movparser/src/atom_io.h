@@ -10,6 +10,7 @@
 #include <QtCore/QtEndian>
 
 #include <array>
+#include <new>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -67,6 +68,31 @@ private:
         if ((call) != MovAtom::ERROR_OKAY)                                                         \
             return MovAtom::ERROR_ATOM_WRITE_FAILED;                                               \
     } while (false)
+
+/// Calls `change`, which returns a code; what it cannot get memory for is ERROR_MEM_ALLOC.
+template <class Change> [[nodiscard]] MovAtom::Error OrNoMemory(Change &&change)
+{
+    try {
+        return change();
+    } catch (const std::bad_alloc &) {
+        return MovAtom::ERROR_MEM_ALLOC;
+    }
+}
+
+/// Calls `make`, which takes about `bytes` of memory for what a `Read` keeps. More than there is,
+/// or than the buffer allows, fails the read.
+template <class Make>
+[[nodiscard]] MovAtom::Error MakeRoom(FileBuffer &buffer, uint64_t bytes, Make &&make)
+{
+    if (!buffer.TakeMemory(bytes))
+        return MovAtom::ERROR_ATOM_READ_FAILED;
+    try {
+        make();
+    } catch (const std::bad_alloc &) {
+        return MovAtom::ERROR_ATOM_READ_FAILED;
+    }
+    return MovAtom::ERROR_OKAY;
+}
 
 template <class T> T DecodeNumber(const uint8_t *bytes)
 {
@@ -186,7 +212,8 @@ template <class Stored, class T>
     const uint8_t *bytes = buffer.ReadInPlace(count * width);
     if (!bytes)
         return MovAtom::ERROR_ATOM_READ_FAILED;
-    table->resize(count);
+    if (MakeRoom(buffer, count * sizeof(T), [&] { table->resize(count); }) != MovAtom::ERROR_OKAY)
+        return MovAtom::ERROR_ATOM_READ_FAILED;
     for (T &entry : *table) {
         if constexpr (std::is_integral_v<T>) {
             entry = DecodeNumber<Stored>(bytes);
@@ -230,6 +257,9 @@ template <class T>
         ? MovAtom::ERROR_OKAY
         : MovAtom::ERROR_ATOM_WRITE_FAILED;
 }
+
+/// Reads `length` bytes of text without a terminator.
+[[nodiscard]] MovAtom::Error ReadText(FileBuffer &buffer, uint64_t length, std::string *text);
 
 /// A string behind one byte of length.
 [[nodiscard]] MovAtom::Error ReadCountedString(FileBuffer &buffer, std::string *text);

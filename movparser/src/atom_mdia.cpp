@@ -14,7 +14,9 @@ MovAtom::Error MediaAtom::Read(FileBuffer &buffer)
         return scope.Fail();
     MOV_READ(scope, header.Read(buffer));
     MOV_READ(scope, ReadOptionalChild(children, &handler));
-    information = MakeMediaInformation(handler ? handler->componentSubtype : 0);
+    MOV_READ(scope, MakeRoom(buffer, sizeof(VideoMediaInformationAtom), [this] {
+                 information = MakeMediaInformation(handler ? handler->componentSubtype : 0);
+             }));
     if (information) {
         if (!children.Find(MediaInformationAtom::kType))
             information.reset();
@@ -60,7 +62,7 @@ MovAtom::Error MediaAtom::GetName(char *buffer) const
         return ERROR_INVALID_ARG;
     if (!handler)
         return ERROR_MALFORMED_ATOM;
-    const std::string name = handler->GetName();
+    const std::string_view name = handler->GetName();
     buffer[name.copy(buffer, 254)] = '\0';
     return ERROR_OKAY;
 }

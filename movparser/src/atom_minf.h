@@ -27,9 +27,6 @@ public:
     using MovAtom::Read;
     using MovAtom::operator=;
 
-    /// A copy of the kind that this is.
-    virtual std::unique_ptr<MediaInformationAtom> Clone() const;
-
     // Sample count, sample info, sample position.
     [[nodiscard]] virtual Error GetSampleCount(uint32_t *count) const;
     [[nodiscard]] virtual Error GetSampleInfo(uint32_t index, SampleInfo *info) const;
@@ -53,12 +50,38 @@ public:
     /// Makes the header, a reference to the file itself and empty tables, for writing a track.
     [[nodiscard]] virtual Error CreateSampleTable();
 
-    // Codec data: null without samples.
+    // Codec data, by the first sample description; see SampleDescriptionAtom.
+    /// Null without samples.
     virtual SampleDescriptionAtom *GetSampleDescriptions() const { return nullptr; }
+
+    [[nodiscard]] virtual Error GetCodec(uint32_t *format) const;
+    [[nodiscard]] virtual Error GetPixelAspect(const PixelAspectAtom **atom) const;
+    [[nodiscard]] virtual Error GetColorParameters(const ColorAtom **atom) const;
+    [[nodiscard]] virtual Error GetFields(const FieldsAtom **atom) const;
+    [[nodiscard]] virtual Error GetAvcConfiguration(const AVCCAtom **atom) const;
+    [[nodiscard]] virtual Error GetHevcConfiguration(const HVCCAtom **atom) const;
+    [[nodiscard]] virtual Error GetStereoMode(uint32_t *mode) const;
+    [[nodiscard]] virtual Error GetProjection(uint32_t *projection) const;
+    [[nodiscard]] virtual Error GetInitialPose(float *yaw, float *pitch, float *roll) const;
+    [[nodiscard]] virtual Error GetWritingTool(std::string *tool) const;
+    [[nodiscard]] virtual Error GetSoundDescription(const SoundSampleDescription **sound) const;
+    [[nodiscard]] virtual Error GetChannelCount(uint32_t *channels) const;
+    [[nodiscard]] virtual Error GetSampleBits(uint32_t *bits) const;
+    [[nodiscard]] virtual Error GetSampleRate(double *rate) const;
+    [[nodiscard]] virtual Error GetCompressionId(int32_t *id) const;
+    [[nodiscard]] virtual Error GetBytesPerPacket(uint32_t *bytes) const;
+    [[nodiscard]] virtual Error GetEsds(const EsdsAtom **atom) const;
+    [[nodiscard]] virtual Error
+    GetTimeCodeDescription(const TimeCodeSampleDescription **timeCode) const;
+    [[nodiscard]] virtual Error AddVideoDescription(uint32_t format, uint16_t width,
+                                                    uint16_t height);
+    [[nodiscard]] virtual Error AddSoundDescription(uint32_t format, uint32_t channels,
+                                                    double rate);
 
     // Chunk data, and what fills the tables.
     [[nodiscard]] virtual Error GetChunk(uint32_t index, SampleChunk *chunk) const;
     [[nodiscard]] virtual Error GetChunkOffset(uint32_t chunkNumber, uint64_t *position) const;
+    [[nodiscard]] virtual Error GetChunkCount(uint32_t *count) const;
     [[nodiscard]] virtual Error AddSample(uint32_t bytes);
     [[nodiscard]] virtual Error AddSampleTime(uint32_t count, uint32_t duration);
     [[nodiscard]] virtual Error AddCompositionOffset(uint32_t count, int32_t delta);
@@ -70,6 +93,9 @@ public:
     // Frame size and frame rate.
     [[nodiscard]] virtual Error GetFrameSize(uint32_t *width, uint32_t *height) const;
     [[nodiscard]] virtual Error GetDurationRange(uint32_t *shortest, uint32_t *longest) const;
+
+    /// A copy of the kind that this is.
+    virtual std::unique_ptr<MediaInformationAtom> Clone() const;
 
     uint32_t handlerType = 0; ///< Set by the owner before Read(), handed on to `stbl`.
 };

@@ -12,6 +12,16 @@ namespace {
 // once; more than this bound only a hostile file needs.
 constexpr uint64_t kReadsOfEachByte = 32;
 
+// What is kept of a movie takes about its bytes again, twice that for chunk offsets, and some more
+// for the objects: room for thousands of tracks.
+constexpr uint64_t kMemoryOfEachByte = 2;
+constexpr uint64_t kMemoryOfObjects = 16U << 20;
+
+uint64_t Times(uint64_t bytes, uint64_t factor)
+{
+    return bytes < UINT64_MAX / 64 ? bytes * factor : UINT64_MAX / 2;
+}
+
 } // namespace
 
 MovAtom::Error MovieAtom::Read(FileBuffer &buffer)
@@ -21,11 +31,11 @@ MovAtom::Error MovieAtom::Read(FileBuffer &buffer)
     tracks.clear();
     unparsed.clear();
     user_data.reset();
-    buffer.SetReadBudget(buffer.BytesLeft() < UINT64_MAX / kReadsOfEachByte
-                             ? buffer.BytesLeft() * kReadsOfEachByte
-                             : UINT64_MAX);
+    buffer.SetReadBudget(Times(buffer.BytesLeft(), kReadsOfEachByte));
+    buffer.SetMemoryBudget(Times(buffer.BytesLeft(), kMemoryOfEachByte) + kMemoryOfObjects);
     const Error error = ReadMovie(scope);
     buffer.SetReadBudget(UINT64_MAX);
+    buffer.SetMemoryBudget(UINT64_MAX);
     return error;
 }
 
@@ -38,9 +48,9 @@ MovAtom::Error MovieAtom::ReadMovie(const ReadScope &scope)
                  case TrackAtom::kType: {
                      TrackAtom track;
                      const Error error = track.Read(buffer);
-                     if (error == ERROR_OKAY)
+                     return error != ERROR_OKAY ? error : MakeRoom(buffer, sizeof track, [&] {
                          tracks.push_back(std::move(track));
-                     return error;
+                     });
                  }
                  case MovieHeaderAtom::kType:
                      return header.Read(buffer);

@@ -6,7 +6,7 @@ namespace Tavro::MovParserLib {
 
 namespace {
 
-// A track of a kind with everything but its sample description.
+// A track of a kind with everything but its sample description. Throws without memory.
 TrackAtom MakeTrack(uint32_t handlerType, const char *name, uint32_t timeScale)
 {
     TrackAtom track;
@@ -15,7 +15,8 @@ TrackAtom MakeTrack(uint32_t handlerType, const char *name, uint32_t timeScale)
     track.media.handler = std::make_unique<HandlerReferenceAtom>(
         HandlerReferenceAtom::kMediaHandler, handlerType, name);
     track.media.information = MakeMediaInformation(handlerType);
-    static_cast<void>(track.media.information->CreateSampleTable());
+    if (track.media.information->CreateSampleTable() != MovAtom::ERROR_OKAY)
+        throw std::bad_alloc();
     return track;
 }
 
@@ -25,34 +26,37 @@ MovAtom::Error MovieAtom::AddVideoTrack(const VideoTrackFormat &format, TrackAto
 {
     if (format.width == 0 || format.height == 0 || format.aspectDenominator == 0)
         return ERROR_INVALID_ARG;
-    TrackAtom added = MakeTrack(FourCC("vide"), "Video", format.timeScale);
-    added.header.width = static_cast<uint32_t>((uint64_t(format.width) << 16)
-                                               * format.aspectNumerator / format.aspectDenominator);
-    added.header.height = uint32_t(format.height) << 16;
-    const Error error =
-        added.SampleDescriptions()->AddVideoDescription(format.codec, format.width, format.height);
-    if (error != ERROR_OKAY)
+    return OrNoMemory([&] {
+        TrackAtom added = MakeTrack(FourCC("vide"), "Video", format.timeScale);
+        added.header.width = static_cast<uint32_t>(
+            (uint64_t(format.width) << 16) * format.aspectNumerator / format.aspectDenominator);
+        added.header.height = uint32_t(format.height) << 16;
+        const Error error =
+            added.media.information->AddVideoDescription(format.codec, format.width, format.height);
+        if (error == ERROR_OKAY)
+            Append(std::move(added), track);
         return error;
-    Append(std::move(added), track);
-    return ERROR_OKAY;
+    });
 }
 
 MovAtom::Error MovieAtom::AddSoundTrack(const SoundTrackFormat &format, TrackAtom **track)
 {
-    TrackAtom added = MakeTrack(FourCC("soun"), "Sound", format.timeScale);
-    added.header.volume = 0x100;
-    const Error error = added.SampleDescriptions()->AddSoundDescription(
-        format.codec, format.channels, format.sampleRate);
-    if (error != ERROR_OKAY)
+    return OrNoMemory([&] {
+        TrackAtom added = MakeTrack(FourCC("soun"), "Sound", format.timeScale);
+        added.header.volume = 0x100;
+        const Error error = added.media.information->AddSoundDescription(
+            format.codec, format.channels, format.sampleRate);
+        if (error == ERROR_OKAY)
+            Append(std::move(added), track);
         return error;
-    Append(std::move(added), track);
-    return ERROR_OKAY;
+    });
 }
 
 void MovieAtom::Append(TrackAtom track, TrackAtom **added)
 {
-    track.header.trackId = header.nextTrackId++;
+    track.header.trackId = header.nextTrackId;
     tracks.push_back(std::move(track));
+    ++header.nextTrackId;
     if (added)
         *added = &tracks.back();
 }

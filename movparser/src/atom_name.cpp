@@ -18,10 +18,7 @@ MovAtom::Error NameAtom::Read(FileBuffer &buffer)
     MOV_READ(scope, MovAtom::Read(buffer, kType));
     MOV_READ(scope, ReadNumber(buffer, &length));
     MOV_READ(scope, ReadNumber(buffer, &language));
-    const uint8_t *text = buffer.ReadInPlace(length);
-    if (!text)
-        return scope.Fail();
-    m_name.assign(text, text + length);
+    MOV_READ(scope, ReadText(buffer, length, &m_name));
     return scope.Finish(size);
 }
 

@@ -34,9 +34,12 @@ uint64_t SampleDependenciesAtom::GetSize() const
     return MovFullAtom::GetSize() + dependencies.size();
 }
 
-void SampleDependenciesAtom::AddSample(uint8_t dependency)
+MovAtom::Error SampleDependenciesAtom::AddSample(uint8_t dependency)
 {
-    dependencies.push_back(dependency);
+    return OrNoMemory([&] {
+        dependencies.push_back(dependency);
+        return ERROR_OKAY;
+    });
 }
 
 } // namespace Tavro::MovParserLib

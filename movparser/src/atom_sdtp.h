@@ -25,7 +25,7 @@ public:
     void PrintToString(std::string *out, uint32_t depth) const override;
     uint64_t GetSize() const override;
 
-    void AddSample(uint8_t dependency);
+    [[nodiscard]] Error AddSample(uint8_t dependency);
 
     std::vector<uint8_t> dependencies; ///< One byte a sample.
 };

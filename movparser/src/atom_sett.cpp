@@ -53,9 +53,11 @@ MovAtom::Error TavroCameraSettingsAtom::Read(FileBuffer &buffer)
         // The fields are decoded from as many bytes as the payload has, but from the atom's own
         // preamble on: each field comes from 8 bytes before its place in the payload.
         settings = Decode(buffer.GetData() + start, m_bytes);
-        payload.resize((payload.size() + 3) / 4 * 4);
-        for (size_t i = 0; i < payload.size(); i += 4)
-            m_words.push_back(DecodeNumber<uint32_t>(&payload[i]));
+        MOV_READ(scope, MakeRoom(buffer, payload.size(), [&] {
+                     payload.resize((payload.size() + 3) / 4 * 4);
+                     for (size_t i = 0; i < payload.size(); i += 4)
+                         m_words.push_back(DecodeNumber<uint32_t>(&payload[i]));
+                 }));
     }
     return scope.Finish(size);
 }

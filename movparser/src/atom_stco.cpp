@@ -16,21 +16,9 @@ MovAtom::Error ChunkOffsetAtom::Read(FileBuffer &buffer)
     MOV_READ(scope, MovFullAtom::Read(buffer, expected));
     MOV_READ(scope, ReadNumber(buffer, &count));
     MOV_READ(scope,
-             expected == kWideType ? offsets.Read(buffer, count) : ReadNarrow(buffer, count));
+             expected == kWideType ? offsets.Read(buffer, count)
+                                   : offsets.ReadAs<uint32_t>(buffer, count));
     return scope.Finish(size);
-}
-
-MovAtom::Error ChunkOffsetAtom::ReadNarrow(FileBuffer &buffer, uint32_t count)
-{
-    AtomTable<uint32_t> narrow;
-    if (narrow.Read(buffer, count) != ERROR_OKAY)
-        return ERROR_ATOM_READ_FAILED;
-    offsets.clear();
-    for (const uint32_t offset : narrow) {
-        if (!offsets.push_back(offset))
-            return ERROR_ATOM_READ_FAILED;
-    }
-    return ERROR_OKAY;
 }
 
 MovAtom::Error ChunkOffsetAtom::Write(FileBuffer &buffer)

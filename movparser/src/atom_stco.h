@@ -37,8 +37,6 @@ public:
     AtomTable<uint64_t> offsets;
 
 private:
-    [[nodiscard]] Error ReadNarrow(FileBuffer &buffer, uint32_t count);
-
     uint64_t SizeOfOffset() const { return type == kWideType ? 8 : 4; }
 };
 

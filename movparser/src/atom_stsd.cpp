@@ -19,35 +19,31 @@ constexpr uint32_t kTimeCode = FourCC("tmcd");
 constexpr uint32_t kText = FourCC("text");
 constexpr uint32_t kMetadata = FourCC("meta");
 
-std::unique_ptr<SampleDescription> MakeDescription(uint32_t mediaType)
+using Descriptions = std::vector<AtomPtr<SampleDescription>>;
+
+template <class T> MovAtom::Error AppendDescription(FileBuffer &buffer, Descriptions *entries)
+{
+    const MovAtom::Error error = MakeRoom(buffer, sizeof(T) + sizeof(Descriptions::value_type),
+                                          [&] { entries->emplace_back(std::make_unique<T>()); });
+    return error == MovAtom::ERROR_OKAY ? entries->back()->Read(buffer) : error;
+}
+
+MovAtom::Error ReadDescription(FileBuffer &buffer, uint32_t mediaType, Descriptions *entries)
 {
     switch (mediaType) {
     case kVideo:
-        return std::make_unique<VideoSampleDescription>();
+        return AppendDescription<VideoSampleDescription>(buffer, entries);
     case kSound:
-        return std::make_unique<SoundSampleDescription>();
+        return AppendDescription<SoundSampleDescription>(buffer, entries);
     case kTimeCode:
-        return std::make_unique<TimeCodeSampleDescription>();
+        return AppendDescription<TimeCodeSampleDescription>(buffer, entries);
     case kText:
-        return std::make_unique<TextSampleDescription>();
+        return AppendDescription<TextSampleDescription>(buffer, entries);
     case kMetadata:
-        return std::make_unique<TavroMetadataSampleDescription>();
+        return AppendDescription<TavroMetadataSampleDescription>(buffer, entries);
     default:
-        return nullptr;
+        return MovAtom::ERROR_ATOM_READ_FAILED;
     }
-}
-
-template <class Configuration>
-MovAtom::Error GetConfiguration(const VideoSampleDescription *description,
-                                const AtomPtr<Configuration> VideoSampleDescription::*member,
-                                const Configuration **configuration)
-{
-    if (!configuration)
-        return MovAtom::ERROR_INVALID_ARG;
-    if (!description)
-        return MovAtom::ERROR_INVALID_RET_VAL;
-    *configuration = (description->*member).get();
-    return *configuration ? MovAtom::ERROR_OKAY : MovAtom::ERROR_ATOM_NOT_FOUND;
 }
 
 } // namespace
@@ -63,11 +59,11 @@ MovAtom::Error SampleDescriptionAtom::Read(FileBuffer &buffer)
     if (count > buffer.BytesLeft() / SampleDescription().GetSize())
         return scope.Fail();
     for (uint32_t i = 0; i < count; ++i) {
-        std::unique_ptr<SampleDescription> entry = MakeDescription(mediaType);
-        if (!entry)
+        const Error error = ReadDescription(buffer, mediaType, &entries);
+        if (error != ERROR_OKAY) {
+            entries.clear(); // the last one may be half read
             return scope.Fail();
-        MOV_READ(scope, entry->Read(buffer));
-        entries.emplace_back(std::move(entry));
+        }
     }
     return scope.Finish(size);
 }
@@ -119,38 +115,6 @@ TimeCodeSampleDescription *SampleDescriptionAtom::TimeCode() const
     return dynamic_cast<TimeCodeSampleDescription *>(First(kTimeCode));
 }
 
-MovAtom::Error SampleDescriptionAtom::GetFrameSize(uint32_t *width, uint32_t *height) const
-{
-    const VideoSampleDescription *description = Video();
-    if (!width || !height)
-        return ERROR_INVALID_ARG;
-    if (!description)
-        return ERROR_INVALID_RET_VAL;
-    *width = description->width;
-    *height = description->height;
-    return ERROR_OKAY;
-}
-
-MovAtom::Error SampleDescriptionAtom::GetCodec(uint32_t *format) const
-{
-    if (!format)
-        return ERROR_INVALID_ARG;
-    if (entries.empty())
-        return ERROR_INVALID_RET_VAL;
-    *format = entries.front()->data_format;
-    return ERROR_OKAY;
-}
-
-MovAtom::Error SampleDescriptionAtom::GetAvcConfiguration(const AVCCAtom **configuration) const
-{
-    return GetConfiguration(Video(), &VideoSampleDescription::avcc, configuration);
-}
-
-MovAtom::Error SampleDescriptionAtom::GetHevcConfiguration(const HVCCAtom **configuration) const
-{
-    return GetConfiguration(Video(), &VideoSampleDescription::hvcc, configuration);
-}
-
 MovAtom::Error SampleDescriptionAtom::AddVideoDescription(uint32_t format, uint16_t width,
                                                           uint16_t height)
 {
@@ -158,12 +122,14 @@ MovAtom::Error SampleDescriptionAtom::AddVideoDescription(uint32_t format, uint1
         return ERROR_INVALID_OP;
     if (width == 0 || height == 0)
         return ERROR_INVALID_ARG;
-    auto description = std::make_unique<VideoSampleDescription>();
-    description->data_format = format;
-    description->width = width;
-    description->height = height;
-    entries.emplace_back(std::move(description));
-    return ERROR_OKAY;
+    return OrNoMemory([&] {
+        auto description = std::make_unique<VideoSampleDescription>();
+        description->data_format = format;
+        description->width = width;
+        description->height = height;
+        entries.emplace_back(std::move(description));
+        return ERROR_OKAY;
+    });
 }
 
 MovAtom::Error SampleDescriptionAtom::AddSoundDescription(uint32_t format, uint32_t channels,
@@ -171,11 +137,13 @@ MovAtom::Error SampleDescriptionAtom::AddSoundDescription(uint32_t format, uint3
 {
     if (!CanAdd(kSound))
         return ERROR_INVALID_OP;
-    auto description = std::make_unique<SoundSampleDescription>();
-    const Error error = description->SetFormat(format, channels, rate);
-    if (error == ERROR_OKAY)
-        entries.emplace_back(std::move(description));
-    return error;
+    return OrNoMemory([&] {
+        auto description = std::make_unique<SoundSampleDescription>();
+        const Error error = description->SetFormat(format, channels, rate);
+        if (error == ERROR_OKAY)
+            entries.emplace_back(std::move(description));
+        return error;
+    });
 }
 
 } // namespace Tavro::MovParserLib

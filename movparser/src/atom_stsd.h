@@ -12,7 +12,11 @@
 namespace Tavro::MovParserLib {
 
 class AVCCAtom;
+class ColorAtom;
+class EsdsAtom;
+class FieldsAtom;
 class HVCCAtom;
+class PixelAspectAtom;
 class SoundSampleDescription;
 class TimeCodeSampleDescription;
 class VideoSampleDescription;
@@ -50,8 +54,30 @@ public:
     [[nodiscard]] Error GetCodec(uint32_t *format) const;
 
     // ERROR_ATOM_NOT_FOUND when the entry has none. The atom stays this object's.
-    [[nodiscard]] Error GetAvcConfiguration(const AVCCAtom **configuration) const;
-    [[nodiscard]] Error GetHevcConfiguration(const HVCCAtom **configuration) const;
+    [[nodiscard]] Error GetPixelAspect(const PixelAspectAtom **atom) const;
+    [[nodiscard]] Error GetColorParameters(const ColorAtom **atom) const;
+    [[nodiscard]] Error GetFields(const FieldsAtom **atom) const;
+    [[nodiscard]] Error GetAvcConfiguration(const AVCCAtom **atom) const;
+    [[nodiscard]] Error GetHevcConfiguration(const HVCCAtom **atom) const;
+    [[nodiscard]] Error GetEsds(const EsdsAtom **atom) const;
+
+    // What a video entry says about a panorama: 0 for what it does not say, and the tool's text
+    // stays as it was. Null pointers to angles are passed over.
+    [[nodiscard]] Error GetStereoMode(uint32_t *mode) const;
+    [[nodiscard]] Error GetProjection(uint32_t *projection) const;
+    [[nodiscard]] Error GetInitialPose(float *yaw, float *pitch, float *roll) const;
+    [[nodiscard]] Error GetWritingTool(std::string *tool) const;
+
+    // What a sound entry says, from the fields that its version has for it.
+    [[nodiscard]] Error GetSoundDescription(const SoundSampleDescription **sound) const;
+    [[nodiscard]] Error GetChannelCount(uint32_t *channels) const;
+    [[nodiscard]] Error GetSampleBits(uint32_t *bits) const;
+    [[nodiscard]] Error GetSampleRate(double *rate) const; ///< In hertz.
+    [[nodiscard]] Error GetCompressionId(int32_t *id) const;
+    /// 0 where the entry's version does not say.
+    [[nodiscard]] Error GetBytesPerPacket(uint32_t *bytes) const;
+
+    [[nodiscard]] Error GetTimeCodeDescription(const TimeCodeSampleDescription **timeCode) const;
 
     /// Makes the only entry of a video track. ERROR_INVALID_OP on other tracks and when there is an
     /// entry already, ERROR_INVALID_ARG for a frame without width or height.

@@ -4,8 +4,6 @@
 #include "movparser/src/atom_io.h"
 #include "movparser/src/atom_printer.h"
 
-#include <algorithm>
-
 namespace Tavro::MovParserLib {
 
 MovAtom::Error SyncSampleAtom::Read(FileBuffer &buffer)
@@ -44,11 +42,28 @@ MovAtom::Error SyncSampleAtom::AddSample(uint32_t number)
     return sampleNumbers.push_back(number) ? ERROR_OKAY : ERROR_MEM_ALLOC;
 }
 
-// The table is in ascending order. In a file that breaks this some samples count as no sync
-// samples; a search that forgives it would cost a walk over the table for each sample.
 bool SyncSampleAtom::Contains(uint32_t number) const
 {
-    return std::binary_search(sampleNumbers.begin(), sampleNumbers.end(), number);
+    size_t first = 0;
+    size_t last = sampleNumbers.size();
+    if (IsAscending()) {
+        while (last - first > 1) {
+            const size_t middle = first + (last - first) / 2;
+            (sampleNumbers[middle] <= number ? first : last) = middle;
+        }
+    }
+    while (first < last && sampleNumbers[first] != number)
+        ++first;
+    return first < last;
+}
+
+bool SyncSampleAtom::IsAscending() const
+{
+    if (m_order.version != sampleNumbers.Version())
+        m_order = {sampleNumbers.Version(), 1, true};
+    for (; m_order.isAscending && m_order.checked < sampleNumbers.size(); ++m_order.checked)
+        m_order.isAscending = sampleNumbers[m_order.checked - 1] <= sampleNumbers[m_order.checked];
+    return m_order.isAscending;
 }
 
 } // namespace Tavro::MovParserLib

@@ -26,10 +26,24 @@ public:
 
     [[nodiscard]] Error AddSample(uint32_t number);
 
-    /// Sample numbers count from 1.
+    /// Sample numbers count from 1. Fast in a table in ascending order, as files have it; one that
+    /// is not is walked.
     bool Contains(uint32_t number) const;
 
-    AtomTable<uint32_t> sampleNumbers; ///< In ascending order.
+    AtomTable<uint32_t> sampleNumbers;
+
+private:
+    /// What is known about the order of a table, as far as it has been looked at.
+    struct Order
+    {
+        uint64_t version = 0; ///< Of the table.
+        size_t checked = 1; ///< So many entries are in order.
+        bool isAscending = true;
+    };
+
+    bool IsAscending() const;
+
+    mutable Order m_order;
 };
 
 } // namespace Tavro::MovParserLib

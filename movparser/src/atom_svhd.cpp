@@ -19,9 +19,9 @@ MovAtom::Error sphericalVideoHeaderAtom::Read(FileBuffer &buffer)
     if (!end)
         return scope.Fail();
     const auto length = static_cast<uint64_t>(static_cast<const uint8_t *>(end) - text);
-    if (!buffer.ReadInPlace(length + 1))
+    MOV_READ(scope, ReadText(buffer, length, &metadata_source));
+    if (!buffer.ReadInPlace(1))
         return scope.Fail();
-    metadata_source.assign(text, text + length);
     return scope.Finish(size);
 }
 

@@ -29,10 +29,12 @@ public:
     class const_iterator
     {
     public:
-        using iterator_category = std::random_access_iterator_tag;
+        // Entries are made when they are asked for: there is none to refer to, which all but the
+        // simplest category promises.
+        using iterator_category = std::input_iterator_tag;
         using value_type = T;
         using difference_type = std::ptrdiff_t;
-        using pointer = const T *;
+        using pointer = void;
         using reference = T;
 
         const_iterator() = default;
@@ -44,20 +46,13 @@ public:
 
         T operator*() const { return (*m_table)[m_index]; }
 
-        const_iterator &operator++() { return *this += 1; }
-
-        const_iterator &operator--() { return *this += -1; }
-
-        const_iterator &operator+=(difference_type by)
+        const_iterator &operator++()
         {
-            m_index = static_cast<size_t>(static_cast<difference_type>(m_index) + by);
+            ++m_index;
             return *this;
         }
 
-        difference_type operator-(const const_iterator &other) const
-        {
-            return static_cast<difference_type>(m_index - other.m_index);
-        }
+        const_iterator operator++(int) { return {m_table, m_index++}; }
 
         bool operator==(const const_iterator &other) const { return m_index == other.m_index; }
 
@@ -176,11 +171,26 @@ public:
         if (m_owner) {
             m_shared = bytes;
         } else {
-            if (!Reserve(count))
+            if (!buffer.TakeMemory(count * Width()) || !Reserve(count))
                 return MovAtom::ERROR_ATOM_READ_FAILED;
             std::memcpy(m_bytes.get(), bytes, count * Width());
         }
         m_size = count;
+        return MovAtom::ERROR_OKAY;
+    }
+
+    /// The same for entries that stand in the file as narrower numbers.
+    template <class Stored> [[nodiscard]] MovAtom::Error ReadAs(FileBuffer &buffer, uint64_t count)
+    {
+        static_assert(std::is_integral_v<T> && sizeof(Stored) < sizeof(T));
+        clear();
+        const uint8_t *bytes = count <= buffer.BytesLeft() / sizeof(Stored)
+            ? buffer.ReadInPlace(count * sizeof(Stored))
+            : nullptr;
+        if (!bytes || !buffer.TakeMemory(count * sizeof(T)) || !Reserve(count))
+            return MovAtom::ERROR_ATOM_READ_FAILED;
+        for (; m_size < count; bytes += sizeof(Stored))
+            Encode(m_size++, DecodeNumber<Stored>(bytes));
         return MovAtom::ERROR_OKAY;
     }
 

@@ -93,9 +93,11 @@ MovAtom::Error TrackAtom::SetDuration(uint32_t mediaDuration, uint32_t movieTime
     media.header.duration = mediaDuration;
     header.duration =
         static_cast<uint32_t>(uint64_t(mediaDuration) * movieTimeScale / media.header.timeScale);
-    return edits.Ensure().editList.Ensure().entries.push_back({header.duration, 0, rate})
-        ? ERROR_OKAY
-        : ERROR_MEM_ALLOC;
+    return OrNoMemory([&] {
+        return edits.Ensure().editList.Ensure().entries.push_back({header.duration, 0, rate})
+            ? ERROR_OKAY
+            : ERROR_MEM_ALLOC;
+    });
 }
 
 } // namespace Tavro::MovParserLib

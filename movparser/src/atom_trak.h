@@ -88,7 +88,7 @@ public:
     AtomPtr<sphericalVideoLegacyAtom> spherical;
 
 private:
-    const VideoSampleDescription *VideoDescription() const;
+    template <class Older, class Newer> [[nodiscard]] Error SetBoth(Older &&older, Newer &&newer);
     VideoSampleDescription *EnsureVideoDescription();
 };
 

@@ -6,24 +6,6 @@
 
 namespace Tavro::MovParserLib {
 
-namespace {
-
-void SetNone(float *yaw, float *pitch, float *roll)
-{
-    for (float *angle : {yaw, pitch, roll}) {
-        if (angle)
-            *angle = 0;
-    }
-}
-
-} // namespace
-
-const VideoSampleDescription *TrackAtom::VideoDescription() const
-{
-    const SampleDescriptionAtom *descriptions = SampleDescriptions();
-    return descriptions ? descriptions->Video() : nullptr;
-}
-
 VideoSampleDescription *TrackAtom::EnsureVideoDescription()
 {
     SampleDescriptionAtom *descriptions = SampleDescriptions();
@@ -35,15 +17,14 @@ VideoSampleDescription *TrackAtom::EnsureVideoDescription()
 }
 
 // The newer atoms win outright: where there is a description, it answers for what it lacks as well,
-// and the document in the `uuid` speaks only for tracks without one.
+// and the document in the `uuid` speaks only for tracks without one. Without either, nothing is
+// changed and that is no failure.
 
 MovAtom::Error TrackAtom::GetStereoMode(uint32_t *mode) const
 {
     if (!mode)
         return ERROR_INVALID_ARG;
-    if (const VideoSampleDescription *description = VideoDescription())
-        *mode = description->stereo ? description->stereo->GetStereoMode() : 0;
-    else if (spherical)
+    if (Information().GetStereoMode(mode) != ERROR_OKAY && spherical)
         *mode = spherical->GetStereoMode();
     return ERROR_OKAY;
 }
@@ -52,22 +33,14 @@ MovAtom::Error TrackAtom::GetProjection(uint32_t *projection) const
 {
     if (!projection)
         return ERROR_INVALID_ARG;
-    if (const VideoSampleDescription *description = VideoDescription())
-        *projection =
-            description->spherical ? description->spherical->GetProjection() : kProjectionUnknown;
-    else if (spherical)
+    if (Information().GetProjection(projection) != ERROR_OKAY && spherical)
         *projection = spherical->GetProjection();
     return ERROR_OKAY;
 }
 
 MovAtom::Error TrackAtom::GetInitialPose(float *yaw, float *pitch, float *roll) const
 {
-    const VideoSampleDescription *description = VideoDescription();
-    if (description && description->spherical)
-        description->spherical->GetPose(yaw, pitch, roll);
-    else if (description)
-        SetNone(yaw, pitch, roll);
-    else if (spherical)
+    if (Information().GetInitialPose(yaw, pitch, roll) != ERROR_OKAY && spherical)
         spherical->GetPose(yaw, pitch, roll);
     return ERROR_OKAY;
 }
@@ -76,68 +49,80 @@ MovAtom::Error TrackAtom::GetWritingTool(std::string *tool, uint32_t *sourceCoun
 {
     if (!tool)
         return ERROR_INVALID_ARG;
-    if (const VideoSampleDescription *description = VideoDescription()) {
-        if (description->spherical)
-            *tool = description->spherical->GetMetadataSource();
-    } else if (spherical) {
-        *tool = spherical->StitchingSoftware;
-        if (sourceCount)
+    const Error error = Information().GetWritingTool(tool);
+    if (error != ERROR_INVALID_RET_VAL)
+        return error;
+    return OrNoMemory([&] {
+        if (spherical)
+            *tool = spherical->StitchingSoftware;
+        if (spherical && sourceCount)
             *sourceCount = spherical->SourceCount;
-    }
-    return ERROR_OKAY;
+        return ERROR_OKAY;
+    });
+}
+
+// Sets what the track says in both generations: `older(document)`, then `newer(description)`,
+// which return codes.
+template <class Older, class Newer> MovAtom::Error TrackAtom::SetBoth(Older &&older, Newer &&newer)
+{
+    return OrNoMemory([&] {
+        older(spherical);
+        VideoSampleDescription *description = EnsureVideoDescription();
+        return description ? newer(*description) : ERROR_INVALID_RET_VAL;
+    });
 }
 
 MovAtom::Error TrackAtom::SetStereoMode(uint32_t mode)
 {
-    if (spherical)
-        spherical->SetStereoMode(mode);
-    VideoSampleDescription *description = EnsureVideoDescription();
-    if (!description)
-        return ERROR_INVALID_RET_VAL;
-    description->stereo.Ensure().SetStereoMode(mode);
-    return ERROR_OKAY;
+    return SetBoth(
+        [mode](auto &document) {
+            if (document)
+                document->SetStereoMode(mode);
+        },
+        [mode](auto &description) {
+            description.stereo.Ensure().SetStereoMode(mode);
+            return ERROR_OKAY;
+        });
 }
 
 MovAtom::Error TrackAtom::SetInitialPose(float yaw, float pitch, float roll)
 {
-    spherical.Ensure().SetPose(yaw, pitch, roll);
-    VideoSampleDescription *description = EnsureVideoDescription();
-    if (!description)
-        return ERROR_INVALID_RET_VAL;
-    description->spherical.Ensure().SetPose(yaw, pitch, roll);
-    return ERROR_OKAY;
+    return SetBoth([&](auto &document) { document.Ensure().SetPose(yaw, pitch, roll); },
+                   [&](auto &description) {
+                       description.spherical.Ensure().SetPose(yaw, pitch, roll);
+                       return ERROR_OKAY;
+                   });
 }
 
 MovAtom::Error TrackAtom::SetEquirectangular(uint32_t top, uint32_t bottom, uint32_t left,
                                              uint32_t right)
 {
-    spherical.Ensure().SetBounds(top, bottom, left, right);
-    VideoSampleDescription *description = EnsureVideoDescription();
-    if (!description)
-        return ERROR_INVALID_RET_VAL;
-    description->spherical.Ensure().SetEqui(top, bottom, left, right);
-    return ERROR_OKAY;
+    return SetBoth([&](auto &document) { document.Ensure().SetBounds(top, bottom, left, right); },
+                   [&](auto &description) {
+                       description.spherical.Ensure().SetEqui(top, bottom, left, right);
+                       return ERROR_OKAY;
+                   });
 }
 
 MovAtom::Error TrackAtom::SetCubemap(uint32_t layout, uint32_t padding)
 {
-    spherical.reset(); // the older form knows no cube map
-    VideoSampleDescription *description = EnsureVideoDescription();
-    if (!description)
-        return ERROR_INVALID_RET_VAL;
-    description->spherical.Ensure().SetCube(layout, padding);
-    return ERROR_OKAY;
+    return SetBoth([](auto &document) { document.reset(); }, // the older form knows no cube map
+                   [&](auto &description) {
+                       description.spherical.Ensure().SetCube(layout, padding);
+                       return ERROR_OKAY;
+                   });
 }
 
 MovAtom::Error TrackAtom::SetWritingTool(const std::string &tool, uint32_t sourceCount)
 {
     if (tool.empty())
         return ERROR_INVALID_ARG;
-    spherical.Ensure().SetStitchingSoftware(tool);
-    spherical->SetSourceCount(sourceCount);
-    VideoSampleDescription *description = EnsureVideoDescription();
-    return description ? description->spherical.Ensure().SetMetadataSource(tool)
-                       : ERROR_INVALID_RET_VAL;
+    return SetBoth(
+        [&](auto &document) {
+            document.Ensure().SetStitchingSoftware(tool);
+            document->SetSourceCount(sourceCount);
+        },
+        [&](auto &description) { return description.spherical.Ensure().SetMetadataSource(tool); });
 }
 
 } // namespace Tavro::MovParserLib

@@ -48,9 +48,9 @@ MovAtom::Error TrackReferenceAtom::Read(FileBuffer &buffer)
     MOV_READ(scope, ReadChildren(scope, size, [&](uint32_t) {
                  TrackReferenceTypeAtom reference;
                  const Error error = reference.Read(buffer);
-                 if (error == ERROR_OKAY)
+                 return error != ERROR_OKAY ? error : MakeRoom(buffer, sizeof reference, [&] {
                      references.push_back(std::move(reference));
-                 return error;
+                 });
              }));
     return scope.Finish(size);
 }

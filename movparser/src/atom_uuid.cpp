@@ -7,8 +7,8 @@
 #include <QString>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
-#include <vector>
 
 namespace Tavro::MovParserLib {
 
@@ -41,16 +41,22 @@ std::string Element(const char *name, const std::string &value)
 
 /// The text between the last opening and the last closing tag, if there is one. A tag at the very
 /// beginning of the document does not count.
-bool FindElement(const std::string &document, const char *name, std::string *value)
+bool FindElement(std::string_view document, const char *name, std::string_view *value)
 {
     const std::string opening = OpeningTag(name);
     const size_t begin = document.rfind(opening);
     const size_t end = document.rfind(ClosingTag(name));
-    if (begin == std::string::npos || begin < 1 || end == std::string::npos
+    if (begin == std::string_view::npos || begin < 1 || end == std::string_view::npos
         || end < begin + opening.size())
         return false;
     *value = document.substr(begin + opening.size(), end - begin - opening.size());
     return true;
+}
+
+QString Latin1(std::string_view text)
+{
+    return QString::fromLatin1(text.data(),
+                               static_cast<int>(std::min<size_t>(text.size(), INT_MAX)));
 }
 
 int32_t WholeDegrees(float degrees)
@@ -64,7 +70,6 @@ MovAtom::Error sphericalVideoLegacyAtom::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
     std::array<uint8_t, 16> identifier;
-    std::vector<uint8_t> bytes;
     *this = sphericalVideoLegacyAtom();
     MOV_READ(scope, MovAtom::Read(buffer, kType));
     MOV_READ(scope, ReadFields(buffer, std::tie(identifier)));
@@ -74,18 +79,27 @@ MovAtom::Error sphericalVideoLegacyAtom::Read(FileBuffer &buffer)
     constexpr uint64_t kHead = 24;
     if (size < kHead)
         return scope.Fail();
-    MOV_READ(scope, ReadBytes(buffer, size - kHead, &bytes));
-    const std::string document(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0));
-    std::string value;
-    if (FindElement(document, "StitchingSoftware", &value)) {
-        // Each byte is taken as a character of Latin-1, whatever the document's encoding.
-        StitchingSoftware = QString::fromLatin1(value.c_str()).toStdString();
-    }
+    const uint8_t *bytes = buffer.ReadInPlace(size - kHead);
+    if (!bytes)
+        return scope.Fail();
+    const std::string_view payload(reinterpret_cast<const char *>(bytes), size - kHead);
+    // What is kept are parts of the document; a character of Latin-1 can take two bytes.
+    MOV_READ(scope, MakeRoom(buffer, 2 * payload.size(), [&] {
+                 TakeElements(payload.substr(0, payload.find('\0')));
+             }));
+    return scope.Finish(size);
+}
+
+void sphericalVideoLegacyAtom::TakeElements(std::string_view document)
+{
+    std::string_view value;
+    // Each byte is taken as a character of Latin-1, whatever the document's encoding.
+    if (FindElement(document, "StitchingSoftware", &value))
+        StitchingSoftware = Latin1(value).toStdString();
     if (FindElement(document, "StereoMode", &value))
         StereoMode = value;
     if (FindElement(document, "SourceCount", &value))
-        SourceCount = QString::fromLatin1(value.c_str()).toUInt(); // 0 if it is no number
-    return scope.Finish(size);
+        SourceCount = Latin1(value).toUInt(); // 0 if it is no number
 }
 
 MovAtom::Error sphericalVideoLegacyAtom::Write(FileBuffer &buffer)

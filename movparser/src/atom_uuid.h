@@ -9,6 +9,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 
 namespace Tavro::MovParserLib {
 
@@ -63,6 +64,7 @@ public:
     uint32_t GetProjection() const { return kProjectionEquirectangular; }
 
 private:
+    void TakeElements(std::string_view document);
     /// The XML document without a terminator. The size is measured on it, so that the two agree.
     std::string Document() const;
 };

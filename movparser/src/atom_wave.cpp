@@ -20,9 +20,9 @@ MovAtom::Error WaveAtom::Read(FileBuffer &buffer)
                  default: {
                      GenericSoundCompressionAtom atom;
                      const Error error = atom.Read(buffer);
-                     if (error == ERROR_OKAY)
-                         settings.push_back(atom);
-                     return error;
+                     return error != ERROR_OKAY ? error : MakeRoom(buffer, sizeof atom, [&] {
+                         settings.push_back(std::move(atom));
+                     });
                  }
                  }
              }));

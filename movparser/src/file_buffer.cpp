@@ -14,6 +14,7 @@ void FileBuffer::TransferTo(FileBuffer &target)
     target.Describe(ERROR_OKAY, offset, full_buffer_size, logical_size);
     target.MoveTo(position);
     target.read_budget = read_budget;
+    target.memory_budget = memory_budget;
     Free();
 }
 

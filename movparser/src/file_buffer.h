@@ -83,6 +83,20 @@ public:
     /// bound such a tree fails as malformed instead of taking time and memory without end.
     void SetReadBudget(uint64_t bytes) { read_budget = bytes; }
 
+    /// Bounds the memory that may be taken for what is read, all of it together; no bound by
+    /// default. A few bytes of a file can ask for an object of hundreds, and atoms that overlap can
+    /// do so again and again.
+    void SetMemoryBudget(uint64_t bytes) { memory_budget = bytes; }
+
+    /// Counts memory that is about to be taken; false when less than that is allowed.
+    [[nodiscard]] bool TakeMemory(uint64_t bytes)
+    {
+        if (bytes > memory_budget)
+            return false;
+        memory_budget -= bytes;
+        return true;
+    }
+
     /// Tells what keeps the block alive, for those who would rather refer to large parts of it than
     /// copy them. Whoever does so holds the owner. Without one, or once it is gone, null.
     void SetOwner(std::weak_ptr<const void> block_owner) { owner = std::move(block_owner); }
@@ -152,6 +166,7 @@ private:
 
     uint64_t fill_count = 0;
     uint64_t read_budget = UINT64_MAX;
+    uint64_t memory_budget = UINT64_MAX;
     std::weak_ptr<const void> owner;
 };
 

@@ -14,23 +14,22 @@ namespace {
 
 constexpr uint32_t kVideo = FourCC("vide");
 
-// What a getter of the tree returned, at the boundary of the library.
-uint32_t Report(MovAtom::Error error)
+} // namespace
+
+uint32_t MovFileReader::Report(MovAtom::Error error)
 {
     return error == MovAtom::ERROR_OKAY ? 0 : ReportError(kAtomDomain, error);
 }
 
-uint32_t InvalidArgument()
+uint32_t MovFileReader::InvalidArgument()
 {
-    return ReportError(kParserDomain, MovParser::ERROR_INVALID_ARG);
+    return ReportError(kParserDomain, ERROR_INVALID_ARG);
 }
 
-uint32_t NoVideoTrack()
+uint32_t MovFileReader::NoTrack()
 {
     return ReportError(kAtomDomain, MovAtom::ERROR_INVALID_RET_VAL);
 }
-
-} // namespace
 
 MovFileReader::~MovFileReader()
 {
@@ -47,6 +46,16 @@ uint32_t MovFileReader::Open(const QString &path)
     static_cast<void>(reader.Close());
     movie = MovieAtom();
     moov_position = 0;
+    try {
+        return Parse(path);
+    } catch (const std::bad_alloc &) {
+        movie = MovieAtom();
+        return ReportError(kFileReaderDomain, FileReader::ERROR_GENERAL_ALLOC);
+    }
+}
+
+uint32_t MovFileReader::Parse(const QString &path)
+{
     const FileReader::Error opened = reader.Open(path);
     if (opened != FileReader::ERROR_OKAY)
         return ReportError(kFileReaderDomain, opened);
@@ -54,6 +63,8 @@ uint32_t MovFileReader::Open(const QString &path)
     uint64_t size = 0;
     if (LocateMovieAtom(&position, &size) != 0)
         return ERROR_MISSING_MOVIE_HEADER;
+    if (size > kMaxMovieSize)
+        return ReportError(kFileReaderDomain, FileReader::ERROR_BUFFER_ALLOC);
     // The sample tables stay where they were read to, so the block lives as long as they do.
     const auto buffer = std::make_shared<FileBuffer>();
     buffer->SetOwner(buffer);
@@ -128,10 +139,7 @@ bool MovFileReader::HasVideo() const
 
 uint32_t MovFileReader::GetFrameSize(uint32_t *width, uint32_t *height) const
 {
-    if (!width || !height)
-        return InvalidArgument();
-    const TrackAtom *track = movie.FindTrack(kVideo);
-    return track ? Report(track->Information().GetFrameSize(width, height)) : NoVideoTrack();
+    return Ask(Find({}), &MediaInformationAtom::GetFrameSize, width, height);
 }
 
 uint32_t MovFileReader::GetFrameRate(double *rate) const
@@ -171,7 +179,7 @@ uint32_t MovFileReader::GetStereoMode(uint32_t *mode) const
     if (!mode)
         return InvalidArgument();
     const TrackAtom *track = movie.FindTrack(kVideo);
-    return track ? Report(track->GetStereoMode(mode)) : NoVideoTrack();
+    return track ? Report(track->GetStereoMode(mode)) : NoTrack();
 }
 
 uint32_t MovFileReader::GetWritingTool(std::string *tool) const
@@ -181,7 +189,7 @@ uint32_t MovFileReader::GetWritingTool(std::string *tool) const
     tool->clear();
     uint32_t sourceCount = 0;
     const TrackAtom *track = movie.FindTrack(kVideo);
-    return track ? Report(track->GetWritingTool(tool, &sourceCount)) : NoVideoTrack();
+    return track ? Report(track->GetWritingTool(tool, &sourceCount)) : NoTrack();
 }
 
 } // namespace Tavro::MovParserLib

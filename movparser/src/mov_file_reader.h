@@ -21,7 +21,8 @@ class PixelAspectAtom;
 class SoundSampleDescription;
 class TimeCodeSampleDescription;
 
-/// Which of a movie's tracks: the n-th with a handler, from 0 in file order.
+/// Which of a movie's tracks: the n-th with a handler, from 0 in file order. Of the tracks with the
+/// handler `meta` only the maker's telemetry counts.
 struct TrackRef
 {
     uint32_t handlerType = FourCC("vide");
@@ -34,6 +35,10 @@ struct TrackRef
 class MovFileReader : public MovFile
 {
 public:
+    /// Bytes of the largest `moov` that is opened: weeks of media. A file with a hole in it may
+    /// claim any size; more than this is ERROR_BUFFER_ALLOC as if there were no such memory.
+    static constexpr uint64_t kMaxMovieSize = uint64_t{256} << 20;
+
     MovFileReader() = default;
     virtual ~MovFileReader();
     MovFileReader(const MovFileReader &) = delete;
@@ -69,7 +74,7 @@ public:
 
     [[nodiscard]] uint32_t GetWritingTool(std::string *tool) const;
 
-    /// Tracks of a kind that have samples.
+    /// Tracks of a kind that have samples, told as by a TrackRef.
     uint32_t GetTrackCount(uint32_t handlerType) const;
     bool HasTimeCode() const; ///< The video track refers to a timecode track.
     bool HasText() const;
@@ -102,6 +107,12 @@ public:
     /// Channels, sample size and rate, compression, packets.
     [[nodiscard]] uint32_t GetSoundDescription(const SoundSampleDescription **description,
                                                uint32_t n = 0) const;
+    [[nodiscard]] uint32_t GetChannelCount(uint32_t *channels, uint32_t n = 0) const;
+    [[nodiscard]] uint32_t GetSampleBits(uint32_t *bits, uint32_t n = 0) const;
+    [[nodiscard]] uint32_t GetSampleRate(double *rate, uint32_t n = 0) const; ///< In hertz.
+    [[nodiscard]] uint32_t GetCompressionId(int32_t *id, uint32_t n = 0) const;
+    /// 0 where the description's version does not say.
+    [[nodiscard]] uint32_t GetBytesPerPacket(uint32_t *bytes, uint32_t n = 0) const;
     [[nodiscard]] uint32_t GetEsds(const EsdsAtom **atom, uint32_t n = 0) const;
     /// Frame duration, time scale, frames a second, flags and name.
     [[nodiscard]] uint32_t
@@ -140,6 +151,28 @@ private:
         uint64_t end = 0; ///< Position behind the atom.
     };
 
+    // What operations return, reported at this boundary of the library: a code of the atoms, a null
+    // output pointer, a track that is not there.
+    static uint32_t Report(MovAtom::Error error);
+    static uint32_t InvalidArgument();
+    static uint32_t NoTrack();
+
+    template <class T> static bool IsNull(T *pointer) { return !pointer; }
+
+    template <class T> static bool IsNull(T) { return false; }
+
+    /// Passes a question on to the sample layers of a track, which may be null.
+    template <class... Parameter, class... Argument>
+    static uint32_t Ask(const TrackAtom *track,
+                        MovAtom::Error (MediaInformationAtom::*question)(Parameter...) const,
+                        Argument... argument)
+    {
+        if ((IsNull(argument) || ...))
+            return InvalidArgument();
+        return track ? Report((track->Information().*question)(argument...)) : NoTrack();
+    }
+
+    [[nodiscard]] uint32_t Parse(const QString &path);
     [[nodiscard]] uint32_t ReadAtomHeaderAt(uint64_t position, AtomHeader *header);
     [[nodiscard]] uint32_t Locate(uint32_t type, uint64_t *position, uint64_t *size);
     [[nodiscard]] uint32_t LocateMovieAtom(uint64_t *position, uint64_t *size);

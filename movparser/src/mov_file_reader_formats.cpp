@@ -1,104 +1,92 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The questions to MovFileReader about what samples are, and about the user data.
 #include "movparser/src/mov_file_reader.h"
-#include "movparser/src/report_error.h"
-#include "movparser/src/sound_sample_description.h"
-#include "movparser/src/time_code_sample_description.h"
-#include "movparser/src/video_sample_description.h"
 
 namespace Tavro::MovParserLib {
 
 namespace {
 
-/// What a lookup of something that the reader owns comes to: `found` may be null.
-template <class T> uint32_t Give(const T *found, MovAtom::Error missing, const T **out)
-{
-    if (!out)
-        return ReportError(kParserDomain, MovParser::ERROR_INVALID_ARG);
-    *out = found;
-    return found ? 0 : ReportError(kAtomDomain, missing);
-}
-
-/// A child of the first video description.
-template <class T>
-uint32_t GiveChild(const TrackAtom *track, const AtomPtr<T> VideoSampleDescription::*member,
-                   const T **out)
-{
-    const SampleDescriptionAtom *descriptions = track ? track->SampleDescriptions() : nullptr;
-    const VideoSampleDescription *description = descriptions ? descriptions->Video() : nullptr;
-    return description ? Give<T>((description->*member).get(), MovAtom::ERROR_ATOM_NOT_FOUND, out)
-                       : Give<T>(nullptr, MovAtom::ERROR_INVALID_RET_VAL, out);
-}
+constexpr uint32_t kSound = FourCC("soun");
 
 } // namespace
 
-uint32_t MovFileReader::GetCodec(uint32_t *format, TrackRef ref) const
+uint32_t MovFileReader::GetCodec(uint32_t *format, TrackRef track) const
 {
-    if (!format)
-        return ReportError(kParserDomain, ERROR_INVALID_ARG);
-    const TrackAtom *track = Find(ref);
-    const SampleDescriptionAtom *descriptions = track ? track->SampleDescriptions() : nullptr;
-    const MovAtom::Error error =
-        descriptions ? descriptions->GetCodec(format) : MovAtom::ERROR_INVALID_RET_VAL;
-    return error == MovAtom::ERROR_OKAY ? 0 : ReportError(kAtomDomain, error);
+    return Ask(Find(track), &MediaInformationAtom::GetCodec, format);
 }
 
 uint32_t MovFileReader::GetPixelAspect(const PixelAspectAtom **atom) const
 {
-    return GiveChild(Find({}), &VideoSampleDescription::pixelAspect, atom);
+    return Ask(Find({}), &MediaInformationAtom::GetPixelAspect, atom);
 }
 
 uint32_t MovFileReader::GetColorParameters(const ColorAtom **atom) const
 {
-    return GiveChild(Find({}), &VideoSampleDescription::color, atom);
+    return Ask(Find({}), &MediaInformationAtom::GetColorParameters, atom);
 }
 
 uint32_t MovFileReader::GetFields(const FieldsAtom **atom) const
 {
-    return GiveChild(Find({}), &VideoSampleDescription::fields, atom);
+    return Ask(Find({}), &MediaInformationAtom::GetFields, atom);
 }
 
 uint32_t MovFileReader::GetAvcConfiguration(const AVCCAtom **atom) const
 {
-    return GiveChild(Find({}), &VideoSampleDescription::avcc, atom);
+    return Ask(Find({}), &MediaInformationAtom::GetAvcConfiguration, atom);
 }
 
 uint32_t MovFileReader::GetHevcConfiguration(const HVCCAtom **atom) const
 {
-    return GiveChild(Find({}), &VideoSampleDescription::hvcc, atom);
+    return Ask(Find({}), &MediaInformationAtom::GetHevcConfiguration, atom);
 }
 
 uint32_t MovFileReader::GetSoundDescription(const SoundSampleDescription **description,
                                             uint32_t n) const
 {
-    const TrackAtom *track = Find({FourCC("soun"), n});
-    const SampleDescriptionAtom *descriptions = track ? track->SampleDescriptions() : nullptr;
-    return Give<SoundSampleDescription>(descriptions ? descriptions->Sound() : nullptr,
-                                        MovAtom::ERROR_INVALID_RET_VAL, description);
+    return Ask(Find({kSound, n}), &MediaInformationAtom::GetSoundDescription, description);
+}
+
+uint32_t MovFileReader::GetChannelCount(uint32_t *channels, uint32_t n) const
+{
+    return Ask(Find({kSound, n}), &MediaInformationAtom::GetChannelCount, channels);
+}
+
+uint32_t MovFileReader::GetSampleBits(uint32_t *bits, uint32_t n) const
+{
+    return Ask(Find({kSound, n}), &MediaInformationAtom::GetSampleBits, bits);
+}
+
+uint32_t MovFileReader::GetSampleRate(double *rate, uint32_t n) const
+{
+    return Ask(Find({kSound, n}), &MediaInformationAtom::GetSampleRate, rate);
+}
+
+uint32_t MovFileReader::GetCompressionId(int32_t *id, uint32_t n) const
+{
+    return Ask(Find({kSound, n}), &MediaInformationAtom::GetCompressionId, id);
+}
+
+uint32_t MovFileReader::GetBytesPerPacket(uint32_t *bytes, uint32_t n) const
+{
+    return Ask(Find({kSound, n}), &MediaInformationAtom::GetBytesPerPacket, bytes);
 }
 
 uint32_t MovFileReader::GetEsds(const EsdsAtom **atom, uint32_t n) const
 {
-    if (!atom)
-        return ReportError(kParserDomain, ERROR_INVALID_ARG);
-    const SoundSampleDescription *description = nullptr;
-    const uint32_t error = GetSoundDescription(&description, n);
-    return error != 0
-        ? error
-        : Give<EsdsAtom>(description->esds.get(), MovAtom::ERROR_ATOM_NOT_FOUND, atom);
+    return Ask(Find({kSound, n}), &MediaInformationAtom::GetEsds, atom);
 }
 
 uint32_t MovFileReader::GetTimeCodeDescription(const TimeCodeSampleDescription **description) const
 {
-    const TrackAtom *track = FindTimeCodeTrack();
-    const SampleDescriptionAtom *descriptions = track ? track->SampleDescriptions() : nullptr;
-    return Give<TimeCodeSampleDescription>(descriptions ? descriptions->TimeCode() : nullptr,
-                                           MovAtom::ERROR_INVALID_RET_VAL, description);
+    return Ask(FindTimeCodeTrack(), &MediaInformationAtom::GetTimeCodeDescription, description);
 }
 
 uint32_t MovFileReader::GetUserData(const UserDataAtom **userData) const
 {
-    return Give<UserDataAtom>(movie.user_data.get(), MovAtom::ERROR_ATOM_NOT_FOUND, userData);
+    if (!userData)
+        return InvalidArgument();
+    *userData = movie.user_data.get();
+    return Report(*userData ? MovAtom::ERROR_OKAY : MovAtom::ERROR_ATOM_NOT_FOUND);
 }
 
 } // namespace Tavro::MovParserLib

@@ -2,7 +2,6 @@
 // How a recording of the maker's own cameras is told.
 #include "movparser/src/atom_io.h"
 #include "movparser/src/mov_file_reader.h"
-#include "movparser/src/report_error.h"
 
 #include <string_view>
 
@@ -55,16 +54,16 @@ bool NamesMaker(std::string_view meta)
 uint32_t MovFileReader::IsTavroFile(bool *result) const
 {
     if (!result)
-        return ReportError(kParserDomain, ERROR_INVALID_ARG);
+        return InvalidArgument();
     *result = false;
     if (movie.tracks.empty())
-        return ReportError(kAtomDomain, MovAtom::ERROR_INVALID_RET_VAL);
+        return NoTrack();
     char name[256];
     MovAtom::Error error = movie.tracks.front().GetName(name);
     if (error == MovAtom::ERROR_OKAY && name[0] == '\0')
         error = MovAtom::ERROR_MALFORMED_ATOM;
     if (error != MovAtom::ERROR_OKAY)
-        return ReportError(kAtomDomain, error);
+        return Report(error);
     if (std::string_view(name).find(kMaker) != std::string_view::npos) {
         *result = true;
         return 0;

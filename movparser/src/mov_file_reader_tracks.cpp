@@ -8,19 +8,15 @@ namespace Tavro::MovParserLib {
 
 namespace {
 
-uint32_t Report(MovAtom::Error error)
-{
-    return error == MovAtom::ERROR_OKAY ? 0 : ReportError(kAtomDomain, error);
-}
+constexpr uint32_t kMetadata = FourCC("meta");
 
-uint32_t InvalidArgument()
+// Whether a track is of a kind that can be asked for. Other programs write `meta` tracks too: the
+// maker's telemetry is told by its name.
+bool IsOfKind(const TrackAtom &track, uint32_t handlerType)
 {
-    return ReportError(kParserDomain, MovParser::ERROR_INVALID_ARG);
-}
-
-uint32_t NoTrack()
-{
-    return ReportError(kAtomDomain, MovAtom::ERROR_INVALID_RET_VAL);
+    return track.HasHandlerType(handlerType)
+        && (handlerType != kMetadata
+            || track.media.handler->GetName().find("Tavro MET") != std::string_view::npos);
 }
 
 uint64_t Microseconds(uint64_t units, uint32_t timeScale)
@@ -35,7 +31,11 @@ uint64_t Microseconds(uint64_t units, uint32_t timeScale)
 
 const TrackAtom *MovFileReader::Find(TrackRef track) const
 {
-    return movie.FindTrack(track.handlerType, track.n);
+    for (const TrackAtom &candidate : movie.tracks) {
+        if (IsOfKind(candidate, track.handlerType) && track.n-- == 0)
+            return &candidate;
+    }
+    return nullptr;
 }
 
 const TrackAtom *MovFileReader::FindTimeCodeTrack() const
@@ -54,7 +54,7 @@ uint32_t MovFileReader::GetTrackCount(uint32_t handlerType) const
 {
     uint32_t count = 0;
     for (const TrackAtom &track : movie.tracks) {
-        if (track.HasHandlerType(handlerType) && track.Information().HasSamples())
+        if (IsOfKind(track, handlerType) && track.Information().HasSamples())
             ++count;
     }
     return count;
@@ -67,17 +67,12 @@ bool MovFileReader::HasTimeCode() const
 
 bool MovFileReader::HasText() const
 {
-    return movie.FindTrack(FourCC("text")) != nullptr;
+    return Find({FourCC("text"), 0}) != nullptr;
 }
 
 bool MovFileReader::HasMetadata() const
 {
-    for (const TrackAtom &track : movie.tracks) {
-        if (track.HasHandlerType(FourCC("meta"))
-            && track.media.handler->GetName().find("Tavro MET") != std::string::npos)
-            return true;
-    }
-    return false;
+    return Find({kMetadata, 0}) != nullptr;
 }
 
 uint32_t MovFileReader::GetTimeScale(uint32_t *timeScale, TrackRef ref) const
@@ -124,18 +119,12 @@ uint32_t MovFileReader::GetTrackSeconds(double *seconds, TrackRef ref) const
 
 uint32_t MovFileReader::GetSampleCount(uint32_t *count, TrackRef ref) const
 {
-    if (!count)
-        return InvalidArgument();
-    const TrackAtom *track = Find(ref);
-    return track ? Report(track->Information().GetSampleCount(count)) : NoTrack();
+    return Ask(Find(ref), &MediaInformationAtom::GetSampleCount, count);
 }
 
 uint32_t MovFileReader::GetDurationRange(uint32_t *shortest, uint32_t *longest, TrackRef ref) const
 {
-    if (!shortest || !longest)
-        return InvalidArgument();
-    const TrackAtom *track = Find(ref);
-    return track ? Report(track->Information().GetDurationRange(shortest, longest)) : NoTrack();
+    return Ask(Find(ref), &MediaInformationAtom::GetDurationRange, shortest, longest);
 }
 
 uint32_t MovFileReader::GetFrameDuration(uint64_t *frameDuration, uint64_t *timeScale) const
@@ -148,9 +137,7 @@ uint32_t MovFileReader::GetFrameDuration(uint64_t *frameDuration, uint64_t *time
 
 uint32_t MovFileReader::GetInfo(const TrackAtom *track, uint32_t index, SampleInfo *info) const
 {
-    if (!track)
-        return NoTrack();
-    const uint32_t error = Report(track->Information().GetSampleInfo(index, info));
+    const uint32_t error = Ask(track, &MediaInformationAtom::GetSampleInfo, index, info);
     if (error != 0)
         return error;
     info->time = Microseconds(info->time, track->GetTimeScale());
@@ -160,7 +147,7 @@ uint32_t MovFileReader::GetInfo(const TrackAtom *track, uint32_t index, SampleIn
 
 uint32_t MovFileReader::GetSampleInfo(uint32_t index, SampleInfo *info, TrackRef ref) const
 {
-    return info ? GetInfo(Find(ref), index, info) : InvalidArgument();
+    return GetInfo(Find(ref), index, info);
 }
 
 uint32_t MovFileReader::GetSampleIndexForTime(uint64_t time, uint32_t *index, TrackRef ref) const

@@ -63,16 +63,20 @@ constexpr const char *kAtomErrors[] = {"ERROR_OKAY",
                                        "ERROR_MALFORMED_ATOM",
                                        "ERROR_ZERO_SIZE_ATOM"};
 
-template <uint32_t N>
-std::string Join(const char *prefix, const char *const (&names)[N], uint32_t code,
-                 const char *unknown = "Unknown error code")
+struct Line
 {
-    return std::string(prefix) + (code < N ? names[code] : unknown);
+    const char *prefix;
+    const char *name;
+};
+
+template <uint32_t N>
+Line Join(const char *prefix, const char *const (&names)[N], uint32_t code,
+          const char *unknown = "Unknown error code")
+{
+    return {prefix, code < N ? names[code] : unknown};
 }
 
-} // namespace
-
-std::string ErrorText(uint32_t domain, uint32_t code)
+Line LineOf(uint32_t domain, uint32_t code)
 {
     switch (domain) {
     case kFileReaderDomain:
@@ -87,14 +91,24 @@ std::string ErrorText(uint32_t domain, uint32_t code)
         // The codes of a failed read arrive here under the parser's name too, when a file ends
         // before its `moov`: the ones that the parser has no name for leave the prefix alone.
         return domain < kFileReaderDomain ? Join("MovParser::Error  >>  ", kParserErrors, code, "")
-                                          : "Unknown error code";
+                                          : Line{"", "Unknown error code"};
     }
+}
+
+} // namespace
+
+std::string ErrorText(uint32_t domain, uint32_t code)
+{
+    const Line line = LineOf(domain, code);
+    return std::string(line.prefix) + line.name;
 }
 
 uint32_t ReportError(uint32_t domain, uint32_t code)
 {
+    // Printed in parts: a failure for want of memory is reported too.
+    const Line line = LineOf(domain, code);
     if (domain != 0 || code != 0)
-        std::fprintf(stderr, "%s\n", ErrorText(domain, code).c_str());
+        std::fprintf(stderr, "%s%s\n", line.prefix, line.name);
     return domain | code;
 }
 

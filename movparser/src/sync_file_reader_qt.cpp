@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movparser/src/sync_file_reader_qt.h"
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QString>
 
 namespace Tavro::MovParserLib {
@@ -20,6 +21,10 @@ FileReader::Error SyncFileReaderQt::Open(const QString &path)
     if (path.isEmpty())
         return ERROR_FILE_PATH;
     Close();
+    // Opening a pipe would wait for its other end.
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile())
+        return ERROR_FILE_OPEN;
     m_file.setFileName(path);
     if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return ERROR_FILE_OPEN;

@@ -32,12 +32,8 @@ MovAtom::Error TextSampleDescription::Read(FileBuffer &buffer)
     if (scope.Remaining(size) > 0) {
         uint8_t length = 0;
         MOV_READ(scope, ReadNumber(buffer, &length));
-        if (length <= scope.Remaining(size)) {
-            const uint8_t *text = buffer.ReadInPlace(length);
-            if (!text)
-                return scope.Fail();
-            m_textName.assign(text, text + length);
-        }
+        if (length <= scope.Remaining(size))
+            MOV_READ(scope, ReadText(buffer, length, &m_textName));
     }
     return scope.Finish(size);
 }

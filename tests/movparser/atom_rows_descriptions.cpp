@@ -140,6 +140,19 @@ void addLeafRows(AtomRows *rows)
             atom.SetName("reel");
         },
         Box("name").u16(4).u16(5).raw("reel"));
+    addRow<FormatAtom>(
+        rows, "frma", [](FormatAtom &atom) { atom.format = FourCC("sowt"); },
+        Box("frma").raw("sowt"));
+    addRow<EndianAtom>(
+        rows, "enda", [](EndianAtom &atom) { atom.littleEndian = 1; }, Box("enda").u16(1));
+    addRow<GenericSoundCompressionAtom>(
+        rows, "settings of a sound codec",
+        [](GenericSoundCompressionAtom &atom) {
+            ExactBuffer bytes(Box("chan").u32(7).bytes());
+            if (atom.Read(*bytes) != MovAtom::ERROR_OKAY)
+                qFatal("the atom to start from cannot be read");
+        },
+        Box("chan").u32(7), AtomRow::FillsAtom | AtomRow::AnyType);
     addRow<WaveAtom>(
         rows, "wave",
         [](WaveAtom &atom) {

@@ -228,6 +228,14 @@ void addLeafRows(AtomRows *rows)
             .u32(2)
             .child(Box::full("url ", 0, 1))
             .child(Box::full("alis").raw("\x01\x02\x03")));
+    addRow<DataReference>(
+        rows, "an entry of dref",
+        [](DataReference &atom) {
+            atom.type = FourCC("url ");
+            atom.flags = {0, 0, 1};
+            atom.data = {1, 2, 3};
+        },
+        Box::full("url ", 0, 1).raw("\x01\x02\x03"), AtomRow::FillsAtom | AtomRow::AnyType);
     addRow<TrackReferenceTypeAtom>(
         rows, "a kind of track reference",
         [](TrackReferenceTypeAtom &atom) {

@@ -5,7 +5,7 @@
 #include "movparser/src/sample_pool_buffer.h"
 #include "movparser/src/sync_file_reader_qt.h"
 #include "movparser/src/sync_file_writer_qt.h"
-#include "stderr_capture.h"
+#include "stream_capture.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
@@ -452,7 +452,7 @@ void tst_Buffers::errorsPrintOneLine()
 {
     QFETCH(quint32, domain);
     QFETCH(quint32, code);
-    StderrCapture capture;
+    StreamCapture capture;
     QCOMPARE(ReportError(domain, code), domain | code);
     QTEST(capture.text(), "line");
 }

@@ -337,6 +337,20 @@ void tst_UserData::theReaderHandsOutDescriptions()
     QCOMPARE(heard->sampleRate >> 16, 44100U);
     QCOMPARE(reader.GetSoundDescription(&heard, 1), 0x40002U);
     QCOMPARE(reader.GetEsds(&esds), 0x40003U);
+    uint32_t number = 0;
+    int32_t id = 1;
+    double rate = 0;
+    QCOMPARE(reader.GetChannelCount(&number), 0U);
+    QCOMPARE(number, 2U);
+    QCOMPARE(reader.GetSampleBits(&number), 0U);
+    QCOMPARE(number, 16U);
+    QCOMPARE(reader.GetSampleRate(&rate), 0U);
+    QCOMPARE(rate, 44100.0);
+    QCOMPARE(reader.GetCompressionId(&id), 0U);
+    QCOMPARE(id, 0);
+    QCOMPARE(reader.GetBytesPerPacket(&number), 0U);
+    QCOMPARE(number, 0U); // this version of the layout does not say
+    QCOMPARE(reader.GetBytesPerPacket(&number, 1), 0x40002U);
     QCOMPARE(reader.GetTimeCodeDescription(&counted), 0U);
     QCOMPARE(int(counted->numberOfFrames), 30);
     QCOMPARE(reader.GetUserData(&userData), 0U);

@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QtTest/QtTest>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Tavro::MovParserLib;
@@ -80,6 +81,9 @@ private Q_SLOTS:
     void tagsWhatIsAskedAndNoMore_data();
     void tagsWhatIsAskedAndNoMore();
     void offsetsThatOutgrow32BitsFollow();
+    void everythingThatPointsBehindTheMovieFollows_data();
+    void everythingThatPointsBehindTheMovieFollows();
+    void atomsWithinAtomsEnd();
     void foreignAtomsStay();
     void metadataNotAskedForStay();
     void refusals_data();
@@ -87,7 +91,10 @@ private Q_SLOTS:
     void aFullDiskLeavesNothing();
     void anInterruptedCopyLeavesNothing();
     void infoSaysWhatFailed();
+    void infoFailsAtOnce_data();
+    void infoFailsAtOnce();
     void infoSaysWhatIsNotUsed();
+    void theTreeDoesNotSteerTheTerminal();
 
 private:
     QString in(const char *name) const { return m_clips.filePath(QString::fromLatin1(name)); }
@@ -250,6 +257,67 @@ void tst_Mp4Tools::offsetsThatOutgrow32BitsFollow()
     QCOMPARE(QFileInfo(out()).size() - file.size(), qint64(place.position - kPosition));
 }
 
+void tst_Mp4Tools::everythingThatPointsBehindTheMovieFollows_data()
+{
+    QTest::addColumn<int>("place"); // of the field behind the fourcc that names the row
+    QTest::addColumn<int>("width");
+    QTest::newRow("saio") << 16 << 4;
+    QTest::newRow("sidx") << 16 << 4;
+    QTest::newRow("tfhd") << 8 << 8;
+    QTest::newRow("tfra") << 20 << 4;
+    QTest::newRow("stco") << 8 << 4;
+}
+
+void tst_Mp4Tools::everythingThatPointsBehindTheMovieFollows()
+{
+    QFETCH(int, place);
+    QFETCH(int, width);
+    TestTrack track;
+    track.tables.append(Box::full("saio", 0, 1).raw("cenc").u32(0).u32(1).u32(5000));
+    QByteArray bytes = Box("ftyp").raw("isom").u32(0).bytes();
+    for (const Box &box :
+         {Box::full("sidx").u32(1).u32(25).u32(0).u32(5000).u32(0), movie({track}),
+          Box("moof").child(Box("traf").child(Box::full("tfhd", 0, 1).u32(1).u64(5000))),
+          Box("mdat").zeros(5000),
+          Box("mfra").child(Box::full("tfra").u32(1).u32(0).u32(1).u32(0).u32(5000).zeros(3))})
+        bytes.append(box.bytes());
+    const QString path = m_out->filePath(QStringLiteral("in.mp4"));
+    QVERIFY(writeFile(path, bytes));
+    const Run tagged = run(QStringLiteral(TAVRO_MP4TAG), {path, out(), QStringLiteral("--tool=x")});
+    QVERIFY2(tagged.exitCode == 0, tagged.errors.constData());
+    QFile file(out());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray copy = file.readAll();
+    const uint64_t grown = uint64_t(copy.size() - bytes.size());
+    QVERIFY(grown > 0);
+    const auto field = [place, width](const QByteArray &in) {
+        return in.mid(in.indexOf(QTest::currentDataTag()) + 4 + place, width);
+    };
+    const uint64_t before = field(bytes).toHex().toULongLong(nullptr, 16);
+    QVERIFY(before == 5000 || before == 4096);
+    QCOMPARE(field(copy), Box::encode(before + grown, width));
+}
+
+void tst_Mp4Tools::atomsWithinAtomsEnd()
+{
+    constexpr uint64_t kDepth = 200000;
+    const QString path = m_out->filePath(QStringLiteral("in.mp4"));
+    for (const char *type : {"trak", "udta", "meta"}) {
+        QByteArray nested;
+        for (uint64_t i = 0; i < kDepth; ++i)
+            nested.append(Box::encode(8 * (kDepth - i), 4)).append(type);
+        TestTrack track;
+        track.children = {Box(type).raw(nested)};
+        QVERIFY(writeFile(path, movieFile(movie({track}))));
+        const Run tagged =
+            run(QStringLiteral(TAVRO_MP4TAG), {path, out(), QStringLiteral("--tool=x")});
+        QVERIFY2(tagged.exitCode == 0, tagged.errors.constData());
+        QFile file(out());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().contains(nested));
+    }
+}
+
 void tst_Mp4Tools::foreignAtomsStay()
 {
     TestTrack track;
@@ -316,8 +384,16 @@ void tst_Mp4Tools::refusals_data()
     const QString hardLink = in("hard_link.mp4");
     const QString text = in("text.mp4");
     const QString sound = in("sound.mp4");
+    const QString pipe = in("pipe");
+    const QString items = in("items.mp4");
     TestTrack track;
     track.handler = "soun";
+    const Box places = Box::full("iloc").u16(0x4400).u16(1).u16(1).u16(0).u16(1).u32(9000).u32(10);
+    QVERIFY(QFile::exists(pipe) || ::mkfifo(qPrintable(pipe), 0600) == 0);
+    QVERIFY(
+        writeFile(items,
+                  movieFile(movie({TestTrack()},
+                                  {Box::full("meta").child(Box::full("hdlr")).child(places)}))));
     QVERIFY(QFile::link(clip, link) && ::link(qPrintable(clip), qPrintable(hardLink)) == 0);
     QVERIFY(writeFile(text, "not a film at all") && writeFile(sound, movieFile(movie({track}))));
     const auto row = [](const char *name, const QStringList &arguments, const char *says) {
@@ -339,7 +415,12 @@ void tst_Mp4Tools::refusals_data()
         "--yaw cannot be '181'");
     row("an empty tool", {clip, target, QStringLiteral("--tool=")}, "--tool cannot be ''");
     row("a missing file", {in("none.mp4"), target}, "No such file");
-    row("a folder", {m_clips.path(), target}, "");
+    row("a folder", {m_clips.path(), target}, "is not a file");
+    row("a pipe", {pipe, target}, "is not a file");
+    row("a pipe to write to", {clip, pipe}, "is not a file");
+    row("a device to write to", {clip, QStringLiteral("/dev/null")}, "is not a file");
+    row("items behind the movie", {items, target, QStringLiteral("--tool=x")},
+        "has items whose places in the file cannot be moved");
     row("no film", {text, target}, "has no movie atom");
     row("no video", {sound, target}, "has no video track");
     row("the same file", {clip, clip}, "is the file to be copied");
@@ -423,6 +504,54 @@ void tst_Mp4Tools::infoSaysWhatFailed()
     QCOMPARE(run(QStringLiteral(TAVRO_MP4INFO), {}).exitCode, 1);
     QVERIFY(run(QStringLiteral(TAVRO_MP4INFO), {QStringLiteral("--tree"), in("last.mp4")})
                 .output.contains("|\t***** MovieHeaderAtom Begin\n"));
+}
+
+void tst_Mp4Tools::infoFailsAtOnce_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("error");
+    const QString pipe = in("info_pipe");
+    const QString hole = in("hole.mp4");
+    QFile file(hole);
+    QVERIFY(::mkfifo(qPrintable(pipe), 0600) == 0);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(Box("moov").claimsWide(uint64_t{8} << 30).bytes());
+    QVERIFY(file.resize(qint64{8} << 30));
+    QTest::newRow("a pipe") << pipe << 0x10002;
+    QTest::newRow("a device") << QStringLiteral("/dev/zero") << 0x10002;
+    QTest::newRow("a folder") << m_clips.path() << 0x10002;
+    QTest::newRow("a movie of 8 GiB with a hole in it") << hole << 0x10007;
+}
+
+void tst_Mp4Tools::infoFailsAtOnce()
+{
+    QFETCH(QString, path);
+    QElapsedTimer timer;
+    timer.start();
+    // Far less than the movie claims, in kilobytes; a sanitizer needs more address space than this.
+#ifdef __SANITIZE_ADDRESS__
+    const QString limit = QStringLiteral("unlimited");
+#else
+    const QString limit = QStringLiteral("1000000");
+#endif
+    const Run failed =
+        run(QStringLiteral("bash"),
+            {QStringLiteral("-c"), QStringLiteral("ulimit -v %1; exec \"$0\" \"$@\"").arg(limit),
+             QStringLiteral(TAVRO_MP4INFO), QStringLiteral("--json"), path});
+    QCOMPARE(failed.exitCode, 1);
+    QTEST(QJsonDocument::fromJson(failed.output).object()[QStringLiteral("open")].toInt(), "error");
+    QVERIFY(timer.elapsed() < 2000);
+}
+
+void tst_Mp4Tools::theTreeDoesNotSteerTheTerminal()
+{
+    TestTrack track;
+    track.name = "\x1b]0;title\x07 \xc2\x9b \xc3\xa4";
+    const QString path = m_out->filePath(QStringLiteral("in.mp4"));
+    QVERIFY(writeFile(path, movieFile(movie({track}))));
+    const QByteArray seen =
+        run(QStringLiteral(TAVRO_MP4INFO), {QStringLiteral("--tree"), path}).output;
+    QVERIFY2(seen.contains("ComponentName: \\x1b]0;title\\x07 \\x9b \xc3\xa4\n"), seen.constData());
 }
 
 void tst_Mp4Tools::infoSaysWhatIsNotUsed()
