@@ -25,6 +25,12 @@ void VxDropArea::dragEnterEvent(QDragEnterEvent *event)
         event->acceptProposedAction();
 }
 
+void VxDropArea::dragMoveEvent(QDragMoveEvent *event)
+{
+    // The answer to the last move decides whether the dragging program drops at all.
+    event->acceptProposedAction();
+}
+
 void VxDropArea::dropEvent(QDropEvent *event)
 {
     const QList<QUrl> urls = event->mimeData()->urls();

@@ -4,6 +4,10 @@
 
 #include "tests/e2e/PlayerProcess.h"
 
+#include <QDrag>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QWindow>
 #include <QtTest>
 
 #include <sys/stat.h>
@@ -50,6 +54,32 @@ QString titleOf(const QString &path)
     return "Tavro VR Player - " + QUrl::fromLocalFile(path).toString();
 }
 
+/// A window from which files are dragged, as from a file manager.
+class FileWindow : public QWindow
+{
+public:
+    explicit FileWindow(const QList<QUrl> &urls)
+        : m_urls(urls)
+    {
+        setFlags(Qt::Window | Qt::BypassWindowManagerHint);
+        setGeometry(0, 0, 80, 80);
+        show();
+    }
+
+protected:
+    void mousePressEvent(QMouseEvent *) override
+    {
+        auto *drag = new QDrag(this);
+        auto *content = new QMimeData;
+        content->setUrls(m_urls);
+        drag->setMimeData(content);
+        drag->exec(Qt::CopyAction);
+    }
+
+private:
+    QList<QUrl> m_urls;
+};
+
 } // namespace
 
 using Maker = std::function<void(const QString &path)>;
@@ -63,6 +93,8 @@ private Q_SLOTS:
     void init();
     void opensPathsOfAllKinds_data();
     void opensPathsOfAllKinds();
+    void takesWhatIsDropped_data();
+    void takesWhatIsDropped();
     void refusesAndGoesOn_data();
     void refusesAndGoesOn();
     void walksThroughAPlaylist();
@@ -139,6 +171,43 @@ void TestMedia::opensPathsOfAllKinds()
     PlayerProcess player(start);
     QVERIFY(player.waitForColour(kRed));
     QVERIFY2(player.waitForTitle(titleOf(file)), qPrintable(player.title()));
+    QCOMPARE(player.noise(), QString());
+}
+
+void TestMedia::takesWhatIsDropped_data()
+{
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QVector<QRgb>>("colours"); // one after the other
+    QTest::newRow("a picture") << QStringList{"red.png"} << QVector<QRgb>{kRed};
+    QTest::newRow("two pictures") << QStringList{"green.jpg", "blue.bmp"}
+                                  << QVector<QRgb>{kGreen, kBlue};
+}
+
+void TestMedia::takesWhatIsDropped()
+{
+    QFETCH(QStringList, names);
+    QFETCH(QVector<QRgb>, colours);
+    threeColours();
+    QList<QUrl> urls;
+    for (const QString &name : names)
+        urls.append(QUrl::fromLocalFile(path(name)));
+    FileWindow files(urls);
+    PlayerProcess player({});
+    QVERIFY(player.waitForColour(kInfoScreen));
+    runTool("xdotool", {"windowmove", "--sync", QString::number(player.window()), "300", "200"});
+    QProcess hand; // beside this process, which drags meanwhile
+    hand.start("xdotool",
+               QString("mousemove 40 40 sleep 0.3 mousedown 1 sleep 0.3 mousemove 70 70"
+                       " sleep 0.2 mousemove 500 400 sleep 0.3 mousemove 520 420"
+                       " sleep 0.5 mouseup 1")
+                   .split(' '));
+    QVERIFY(player.waitForColour(colours.first()));
+    for (int i = 1; i < colours.size(); ++i) {
+        runTool("xdotool", {"windowactivate", "--sync", QString::number(player.window())});
+        player.keys({"alt+Right"});
+        QVERIFY(player.waitForColour(colours[i]));
+    }
+    QTRY_COMPARE(hand.state(), QProcess::NotRunning);
     QCOMPARE(player.noise(), QString());
 }
 
