@@ -7,6 +7,8 @@ Item {
     id: screen
 
     property string errorString: ""
+    // Asked once: at the end of the program the error may outlive the plug-in.
+    readonly property bool hasBackendChoice: vxVideoPlugin.pluginsList().length > 1
 
     signal openRequested()
     signal backendRequested()
@@ -73,7 +75,7 @@ Item {
 
         Vx_PushButton {
             anchors.horizontalCenter: parent.horizontalCenter
-            visible: screen.errorString !== "" && vxVideoPlugin.pluginsList().length > 1
+            visible: screen.errorString !== "" && screen.hasBackendChoice
             text: qsTr("change video backend")
             onClicked: screen.backendRequested()
         }
