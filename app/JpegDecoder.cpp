@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/JpegDecoder.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <turbojpeg.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <type_traits>
+#include <vector>
 
 namespace JpegDecoder {
 
@@ -37,24 +37,38 @@ QImage emptyPicture(int width, int height)
                   QImage::Format_RGB32, std::free, memory);
 }
 
+struct Close
+{
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+
+/// All bytes of a regular file; none of anything else. Qt's file belongs to the application object.
+std::vector<unsigned char> contentOf(const QByteArray &path)
+{
+    struct stat info = {};
+    // Not a pipe: nobody may ever write to it.
+    if (stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+        return {};
+    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.constData(), "rb"));
+    std::vector<unsigned char> content(file ? size_t(info.st_size) : 0);
+    if (!content.empty())
+        content.resize(std::fread(content.data(), 1, content.size(), file.get()));
+    return content;
+}
+
 } // namespace
 
-QImage decode(const QString &path, int maxSide)
+QImage decode(const QByteArray &path, int maxSide)
 {
-    QFile file(path);
-    // Not a pipe: nobody may ever write to it.
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray data = file.readAll();
+    const std::vector<unsigned char> data = contentOf(path);
     const std::unique_ptr<std::remove_pointer_t<tjhandle>, Release> decoder(tjInitDecompress());
-    const auto *bytes = reinterpret_cast<const unsigned char *>(data.constData());
-    const auto size = static_cast<unsigned long>(data.size());
     int width = 0;
     int height = 0;
     int subsampling = 0;
     int colours = 0;
     if (!decoder
-        || tjDecompressHeader3(decoder.get(), bytes, size, &width, &height, &subsampling, &colours)
+        || tjDecompressHeader3(decoder.get(), data.data(), data.size(), &width, &height,
+                               &subsampling, &colours)
             != 0
         || (colours != TJCS_YCbCr && colours != TJCS_GRAY) || width > maxSide || height > maxSide)
         return {};
@@ -62,8 +76,9 @@ QImage decode(const QString &path, int maxSide)
     if (picture.isNull())
         return {};
     constexpr bool kLittleEndian = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
-    if (tjDecompress2(decoder.get(), bytes, size, picture.bits(), width, picture.bytesPerLine(),
-                      height, kLittleEndian ? TJPF_BGRA : TJPF_ARGB, TJFLAG_STOPONWARNING)
+    if (tjDecompress2(decoder.get(), data.data(), data.size(), picture.bits(), width,
+                      picture.bytesPerLine(), height, kLittleEndian ? TJPF_BGRA : TJPF_ARGB,
+                      TJFLAG_STOPONWARNING)
         != 0)
         return {};
     return picture;

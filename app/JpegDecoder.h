@@ -5,15 +5,15 @@
 // reader, which converts a second time, and usable before the application object exists, which
 // Qt's readers are not, because they are plug-ins.
 
+#include <QByteArray>
 #include <QImage>
-#include <QString>
 
 namespace JpegDecoder {
 
-/// The picture of the JPEG file \a path in QImage::Format_RGB32, as it lies in the file: an
-/// orientation that the file asks for is not applied. Null for whatever is better left to Qt's
-/// reader: another format, colours other than YCbCr and grey, a side above \a maxSide pixels, any
-/// damage. Works on any thread.
-QImage decode(const QString &path, int maxSide);
+/// The picture of the JPEG file \a path, which is in the file system's encoding, in
+/// QImage::Format_RGB32, as it lies in the file: an orientation that the file asks for is not
+/// applied. Null for whatever is better left to Qt's reader: another format, colours other than
+/// YCbCr and grey, a side above \a maxSide pixels, any damage. Works on any thread.
+QImage decode(const QByteArray &path, int maxSide);
 
 } // namespace JpegDecoder

@@ -5,6 +5,7 @@
 #include "app/JpegDecoder.h"
 #include "app/MediaFormats.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 
@@ -36,16 +37,14 @@ bool isUpright(const QString &path)
     return QImageReader(path, "jpeg").transformation() == QImageIOHandler::TransformationNone;
 }
 
-QImage decode(const QString &path)
+bool hasJpegName(const QString &path)
 {
     const QString suffix = QFileInfo(path).suffix().toLower();
-    if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg")) {
-        // Its orientation is asked for last: that loads a plug-in, for which the loading of the
-        // graphics driver on the main thread would let us wait.
-        const QImage picture = JpegDecoder::decode(path, kMaxSide);
-        if (!picture.isNull() && isUpright(path))
-            return picture;
-    }
+    return suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg");
+}
+
+QImage decodeByPlugin(const QString &path)
+{
     // What the media road refuses by its name need not be decoded.
     if (!MediaFormats::isImage(QUrl::fromLocalFile(path)) || !ImageInspector::canBeDecoded(path))
         return {};
@@ -76,11 +75,34 @@ const QString PicturePrefetch::kName = QStringLiteral("prefetched");
 /// What the decoding thread and its owner share; the last of them deletes it.
 struct PicturePrefetch::Decoding
 {
-    std::mutex mutex; // guards both members below
-    std::condition_variable finished;
+    std::mutex mutex; // guards the members below
+    std::condition_variable changed;
+    bool mayUsePlugins = false;
     bool isFinished = false;
     QImage picture;
+
+    void run(const QString &path, const QByteArray &jpeg);
 };
+
+/// \a jpeg is the path in the file system's encoding, or empty if the name is not that of a JPEG.
+void PicturePrefetch::Decoding::run(const QString &path, const QByteArray &jpeg)
+{
+    QImage result = jpeg.isEmpty() ? QImage() : JpegDecoder::decode(jpeg, kMaxSide);
+    {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [this] { return mayUsePlugins; });
+    }
+    if (result.isNull() || !isUpright(path))
+        result = decodeByPlugin(path);
+    {
+        const std::lock_guard lock(mutex);
+        picture = std::move(result);
+        isFinished = true;
+        changed.notify_all();
+    }
+    // The media road is about to ask for them, and loads every plug-in then.
+    MediaFormats::imageSuffixes();
+}
 
 std::unique_ptr<PicturePrefetch> PicturePrefetch::begin(const QString &file)
 {
@@ -98,25 +120,24 @@ PicturePrefetch::PicturePrefetch(const QString &path)
     , m_path(path)
     , m_decoding(std::make_shared<Decoding>())
 {
-    std::thread([decoding = m_decoding, path] {
-        QImage picture = decode(path);
-        {
-            const std::lock_guard lock(decoding->mutex);
-            decoding->picture = std::move(picture);
-            decoding->isFinished = true;
-            decoding->finished.notify_all();
-        }
-        // The media road is about to ask for them, and loads every plug-in then.
-        MediaFormats::imageSuffixes();
-    }).detach();
+    const QByteArray jpeg = hasJpegName(path) ? QFile::encodeName(path) : QByteArray();
+    std::thread([decoding = m_decoding, path, jpeg] { decoding->run(path, jpeg); }).detach();
 }
 
 PicturePrefetch::~PicturePrefetch()
 {
+    continueWithPlugins();
     // A decoder that is at work should not see the process end around it, but one that waits for
     // a dead disk must not keep it.
     std::unique_lock lock(m_decoding->mutex);
-    m_decoding->finished.wait_for(lock, kPatience, [this] { return m_decoding->isFinished; });
+    m_decoding->changed.wait_for(lock, kPatience, [this] { return m_decoding->isFinished; });
+}
+
+void PicturePrefetch::continueWithPlugins()
+{
+    const std::lock_guard lock(m_decoding->mutex);
+    m_decoding->mayUsePlugins = true;
+    m_decoding->changed.notify_all();
 }
 
 QUrl PicturePrefetch::source(const QUrl &file)
@@ -133,7 +154,7 @@ QImage PicturePrefetch::requestImage(const QString &id, QSize *size, const QSize
     QImage picture;
     {
         std::unique_lock lock(m_decoding->mutex);
-        m_decoding->finished.wait(lock, [this] { return m_decoding->isFinished; });
+        m_decoding->changed.wait(lock, [this] { return m_decoding->isFinished; });
         // The Image keeps it from here on.
         picture = std::exchange(m_decoding->picture, QImage());
     }

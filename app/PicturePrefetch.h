@@ -27,6 +27,11 @@ public:
     /// Does not wait for a file that does not answer.
     ~PicturePrefetch() override;
 
+    /// Tells that the application object is made. Before that the thread must not touch Qt's image
+    /// plug-ins, whose paths the application object sets: it decodes plain JPEG files only, and
+    /// waits with all else.
+    void continueWithPlugins();
+
     /// What an Image must load to show \a file: the prefetched picture the first time, afterwards,
     /// and for all other files, the file itself.
     QUrl source(const QUrl &file);

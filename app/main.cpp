@@ -58,12 +58,12 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
 {
     Outcome outcome;
     std::unique_ptr<EndGuard> guard; // outlives the application object, whose end may hang too
-    // Qt takes the first thread that asks for itself for the main one.
-    Q_UNUSED(QThread::currentThread())
     // Decoding is the longest part of the start, so it begins first.
     std::unique_ptr<PicturePrefetch> prefetch =
         PicturePrefetch::begin(CommandLine::firstFile(textsOf(argc, argv), startDirectory));
     Application application(argc, argv);
+    if (prefetch)
+        prefetch->continueWithPlugins();
     QDir::setCurrent(QCoreApplication::applicationDirPath());
     outcome.program = QCoreApplication::applicationFilePath();
     outcome.arguments = QCoreApplication::arguments().mid(1);
