@@ -15,13 +15,13 @@ Q_LOGGING_CATEGORY(lcVlc, "tavro.video", QtWarningMsg)
 
 namespace {
 
-// Each opening starts a dozen threads, whose heaps would each keep the peak of what pictures took.
+// Each opening starts a dozen threads. Heaps of their own would each keep the peak of what pictures
+// took, and so would the free end of a shared one.
 void limitHeaps()
 {
-    constexpr int kLargeBlock = 4 << 20; // a picture, but no packet
     mallopt(M_ARENA_MAX, 2);
-    mallopt(M_MMAP_THRESHOLD, kLargeBlock);
-    mallopt(M_TRIM_THRESHOLD, kLargeBlock);
+    mallopt(M_MMAP_THRESHOLD, 4 << 20); // a picture, but no packet
+    mallopt(M_TRIM_THRESHOLD, 128 << 10);
 }
 
 } // namespace
@@ -44,4 +44,9 @@ libvlc_instance_t *vlcInstance()
     if (!instance)
         qCWarning(lcVlc) << "libvlc refuses its arguments";
     return instance;
+}
+
+void returnFreeMemory()
+{
+    malloc_trim(0);
 }

@@ -8,3 +8,6 @@ struct libvlc_instance_t;
 /// Made at the first call, with the arguments that are set then; null when libvlc refuses them,
 /// and then asked again at the next call. Lives until the process ends. Main thread only.
 libvlc_instance_t *vlcInstance();
+
+/// Gives back to the system what the last medium has freed. Takes milliseconds; on any thread.
+void returnFreeMemory();
