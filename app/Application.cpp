@@ -64,6 +64,10 @@ void Application::init(const QString &startDirectory)
     } else {
         m_videoPlugin = new VxVideoPlugin(m_settings->store(), QString());
     }
+    const QUrl first = firstMedium();
+    if (!first.isEmpty()
+        && (!first.isLocalFile() || MediaFormats::videoKind(first, true) != MediaFormats::NotVideo))
+        m_videoPlugin->prepareVideo();
     initRenderer();
 
     m_view = new VxQQuickView(this);
@@ -112,10 +116,15 @@ void Application::init(const QString &startDirectory)
             &VxGlobalObject::quit);
 }
 
-std::unique_ptr<PicturePrefetch> Application::beginPrefetch() const
+QUrl Application::firstMedium() const
 {
     const QString argument = m_commandLine.value(kFiles).toStringList().value(0);
-    const QUrl url = MediaFormats::isUrl(argument) ? QUrl(argument) : QUrl::fromLocalFile(argument);
+    return MediaFormats::isUrl(argument) ? QUrl(argument) : QUrl::fromLocalFile(argument);
+}
+
+std::unique_ptr<PicturePrefetch> Application::beginPrefetch() const
+{
+    const QUrl url = firstMedium();
     // A vector image is decoded at the size at which it is shown.
     const bool isVector =
         QFileInfo(url.path()).suffix().startsWith(QLatin1String("svg"), Qt::CaseInsensitive);

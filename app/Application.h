@@ -75,6 +75,8 @@ private Q_SLOTS:
 
 private:
     bool hasShaders() const;
+    /// Named on the command line; empty if none is.
+    QUrl firstMedium() const;
     std::unique_ptr<PicturePrefetch> beginPrefetch() const;
     void registerQmlTypes();
     void setContextProperties();

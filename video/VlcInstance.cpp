@@ -9,6 +9,7 @@
 #include <malloc.h>
 #include <vlc/vlc.h>
 
+#include <future>
 #include <vector>
 
 Q_LOGGING_CATEGORY(lcVlc, "tavro.video", QtWarningMsg)
@@ -24,25 +25,47 @@ void limitHeaps()
     mallopt(M_TRIM_THRESHOLD, 128 << 10);
 }
 
-} // namespace
-
-libvlc_instance_t *vlcInstance()
+std::vector<QByteArray> argumentTexts()
 {
-    static libvlc_instance_t *instance = nullptr;
-    if (instance)
-        return instance;
-    limitHeaps();
     const VxVlcOptions *options = VxVlcOptions::instance();
     std::vector<QByteArray> texts;
     for (const QString &argument :
          options ? options->instanceArguments() : VxVlcOptions().instanceArguments())
         texts.push_back(argument.toUtf8());
+    return texts;
+}
+
+// On any thread.
+libvlc_instance_t *makeInstance(const std::vector<QByteArray> &texts)
+{
+    limitHeaps();
     std::vector<const char *> arguments;
     for (const QByteArray &text : texts)
         arguments.push_back(text.constData());
-    instance = libvlc_new(static_cast<int>(arguments.size()), arguments.data());
+    libvlc_instance_t *instance = libvlc_new(static_cast<int>(arguments.size()), arguments.data());
     if (!instance)
         qCWarning(lcVlc) << "libvlc refuses its arguments";
+    return instance;
+}
+
+std::future<libvlc_instance_t *> &begunInstance()
+{
+    static std::future<libvlc_instance_t *> begun;
+    return begun;
+}
+
+} // namespace
+
+void beginVlcInstance()
+{
+    begunInstance() = std::async(std::launch::async, makeInstance, argumentTexts());
+}
+
+libvlc_instance_t *vlcInstance()
+{
+    static libvlc_instance_t *instance = nullptr;
+    if (!instance)
+        instance = begunInstance().valid() ? begunInstance().get() : makeInstance(argumentTexts());
     return instance;
 }
 
