@@ -69,7 +69,6 @@ VxVlcPlayerQml::VxVlcPlayerQml(QQuickItem *parent)
     // The base class keeps a picture of this size; the item's own may be that of an 8K frame.
     setTextureSize(QSize(1, 1));
     watchWindow(window());
-    connect(this, &QQuickItem::windowChanged, this, &VxVlcPlayerQml::watchWindow);
     m_rest.setSingleShot(true);
     m_rest.setInterval(kRestMs);
     connect(&m_rest, &QTimer::timeout, this,
@@ -78,6 +77,8 @@ VxVlcPlayerQml::VxVlcPlayerQml(QQuickItem *parent)
 
 VxVlcPlayerQml::~VxVlcPlayerQml()
 {
+    // The base class leaves the window when there is no player any more.
+    disconnect(m_visibility);
     desinitVlcMediaInstance();
     desinitVlcPlayerInstance();
 }
@@ -263,6 +264,13 @@ void VxVlcPlayerQml::stop()
     }
     m_target.deleteContext();
     m_rest.start();
+}
+
+void VxVlcPlayerQml::itemChange(ItemChange change, const ItemChangeData &value)
+{
+    if (change == ItemSceneChange)
+        watchWindow(value.window);
+    QQuickPaintedItem::itemChange(change, value);
 }
 
 void VxVlcPlayerQml::watchWindow(QQuickWindow *itemWindow)
