@@ -3,6 +3,7 @@
 
 #include "app/CommandLine.h"
 #include "app/Identity.h"
+#include "app/MediaFormats.h"
 #include "app/PicturePrefetch.h"
 #include "app/UnixSignals.h"
 #include "app/VxDropArea.h"
@@ -61,6 +62,10 @@ void Application::init(const QString &startDirectory, std::unique_ptr<PicturePre
     } else {
         m_videoPlugin = new VxVideoPlugin(m_settings->store(), QString());
     }
+    const QUrl first = firstMedium();
+    if (!first.isEmpty()
+        && (!first.isLocalFile() || MediaFormats::videoKind(first, true) != MediaFormats::NotVideo))
+        m_videoPlugin->prepareVideo();
     initRenderer();
 
     m_view = new VxQQuickView(this);
@@ -107,6 +112,12 @@ void Application::init(const QString &startDirectory, std::unique_ptr<PicturePre
 
     connect(new UnixSignals(m_globalObject), &UnixSignals::terminated, m_globalObject,
             &VxGlobalObject::quit);
+}
+
+QUrl Application::firstMedium() const
+{
+    const QString argument = m_commandLine.value(kFiles).toStringList().value(0);
+    return MediaFormats::isUrl(argument) ? QUrl(argument) : QUrl::fromLocalFile(argument);
 }
 
 void Application::setContextProperties()

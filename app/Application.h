@@ -76,6 +76,8 @@ private Q_SLOTS:
 
 private:
     bool hasShaders() const;
+    /// Named on the command line; empty if none is.
+    QUrl firstMedium() const;
     void registerQmlTypes();
     void setContextProperties();
     void showView();

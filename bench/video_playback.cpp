@@ -13,6 +13,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
@@ -222,14 +223,21 @@ int playItem(const QString &path)
     window.resize(1280, 720);
     VxVlcPlayerQml player(window.contentItem());
     window.show();
-    // The item reports from its third picture on.
+    // The item reports from its third picture on, and only while its window is there.
     meter.displayed();
     meter.displayed();
     QObject::connect(
         &player, &VxVlcPlayerQml::frameDisplayed, &meter, [&meter] { meter.displayed(); },
         Qt::DirectConnection);
+    std::atomic<int> pictures{0};
+    meter.count = [&pictures] { return pictures.load(); };
+    QObject::connect(
+        &player, &VxVlcPlayerQml::fpsChanged, &meter,
+        [&player, &pictures] { pictures += player.fps(); }, Qt::DirectConnection);
     QObject::connect(&player, &VxVlcPlayerQml::textureIdChanged, &window, &QWindow::hide);
-    player.openFile(QUrl::fromLocalFile(path));
+    QObject::connect(&player, &VxVlcPlayerQml::errorStringChanged, &meter,
+                     [] { QCoreApplication::exit(1); });
+    player.openFile(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
     return QCoreApplication::exec();
 }
 

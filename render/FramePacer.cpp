@@ -31,20 +31,22 @@ void FramePacer::requestFrame()
 void FramePacer::onFrameSwapped()
 {
     const qint64 wait =
-        m_changed || !m_sinceRequest.isValid() ? 0 : refreshIntervalMs() - m_sinceRequest.elapsed();
+        m_restless || !m_sinceRequest.isValid() ? 0 : intervalMs() - m_sinceRequest.elapsed();
     if (wait > 0)
         m_timer.start(int(wait));
     else
         requestFrame();
 }
 
-int FramePacer::refreshIntervalMs() const
+// Longer than the pictures of a film last, so that none is composed twice.
+int FramePacer::intervalMs() const
 {
+    constexpr qreal kRefreshes = 3;
     constexpr qreal kSlowest = 24;
     constexpr qreal kFastest = 500;
     constexpr qreal kUsual = 60;
     const QScreen *screen = m_item->window() ? m_item->window()->screen() : nullptr;
     const qreal rate = screen ? screen->refreshRate() : kUsual;
     // Virtual screens may tell anything.
-    return int(1000 / (rate >= kSlowest && rate <= kFastest ? rate : kUsual));
+    return int(kRefreshes * 1000 / (rate >= kSlowest && rate <= kFastest ? rate : kUsual));
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// Keeps an item's loop of frames going: each swap asks for the next frame. Where swaps do not wait
-// for the screen, a picture that stands still would otherwise be composed as often as the machine
-// can.
+// Keeps an item's loop of frames going: each swap asks for the next frame. What changes asks for a
+// frame of its own, so between changes the loop only has to go on: every frame that shows nothing
+// new still costs a composition of the whole window, which a video's next picture may need.
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -12,9 +12,8 @@
 class QQuickPaintedItem;
 class QQuickWindow;
 
-/// Asks an item for its frames: at once after a frame that differed from the one before, at the
-/// screen's refresh rate after one that did not, and at once when something changes meanwhile.
-/// Lives on the main thread.
+/// Asks an item for its frames: at once when something changes, and otherwise some refreshes of the
+/// screen after the last one. Lives on the main thread.
 class FramePacer : public QObject
 {
     Q_OBJECT
@@ -25,9 +24,9 @@ public:
     /// Begins the loop; \a window shows the item.
     void start(QQuickWindow *window);
 
-    /// Says whether the frame that is being synchronised differs from the one before. On the
-    /// rendering thread, while the main thread is held.
-    void setChanged(bool changed) { m_changed = changed; }
+    /// Says whether the item may change without asking for a frame, which then follows each swap at
+    /// once. On the rendering thread, while the main thread is held.
+    void setRestless(bool restless) { m_restless = restless; }
 
 public Q_SLOTS:
     /// Something that the picture depends on has changed.
@@ -37,10 +36,10 @@ private Q_SLOTS:
     void onFrameSwapped();
 
 private:
-    int refreshIntervalMs() const;
+    int intervalMs() const;
 
     QQuickPaintedItem *m_item; // not owned
     QTimer m_timer;
     QElapsedTimer m_sinceRequest;
-    bool m_changed = true;
+    bool m_restless = false;
 };

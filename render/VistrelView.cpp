@@ -194,7 +194,7 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     const bool kept = node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
         && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
         && m_state == m_painted;
-    m_pacer->setChanged(!kept);
+    m_pacer->setRestless(m_state.overlay);
     if (!kept) {
         m_frameKept = false;
         m_node = QQuickPaintedItem::updatePaintNode(node, data);
@@ -232,6 +232,7 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     const bool hasTexture = m_state.textureId > 0;
     m_painted = m_state;
     m_frameKept = true;
+    ++m_drawnCount;
 
     // The painter's clip, which is as small as the rectangle that was asked for.
     gl->glDisable(GL_SCISSOR_TEST);
@@ -400,8 +401,10 @@ void VistrelView::computeFps()
     if (second > m_lastSecond) {
         m_fps = m_frameCount + 1;
         qCDebug(lcTiming) << "frames a second:" << m_fps;
+        qCDebug(lcTiming) << "of them drawn anew:" << m_drawnCount;
         m_lastSecond = second;
         m_frameCount = 0;
+        m_drawnCount = 0;
         Q_EMIT fpsChanged();
     } else {
         ++m_frameCount;

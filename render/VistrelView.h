@@ -112,6 +112,7 @@ private:
 
     int m_fps = 0;
     int m_frameCount = 0;
+    int m_drawnCount = 0; // of them, those that were not kept
     qint64 m_lastSecond = 0;
 
     std::array<float, 2> m_viewportSize{};

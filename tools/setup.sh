@@ -5,6 +5,7 @@
 #   tools/setup.sh run        build the program and use it
 #   tools/setup.sh headless   the same, on a machine without a display
 #   tools/setup.sh test       build and run the tests
+#   tools/setup.sh bench      the same, and what the benchmarks compare with
 set -euo pipefail
 
 build=(g++ cmake ninja-build ccache pkg-config
@@ -18,14 +19,16 @@ use=(libqt5sql5-sqlite libqt5svg5 qt5-image-formats-plugins
   qml-module-qtmultimedia qml-module-qtgraphicaleffects qml-module-qt-labs-settings
   qml-module-qt-labs-folderlistmodel qml-module-qtqml qml-module-qtqml-models2)
 headless=(xvfb openbox xdotool imagemagick)
-test=(wmctrl x11-utils ffmpeg mesa-utils valgrind gdb python3-pil python3-numpy
+test=(wmctrl x11-utils ffmpeg openssl mesa-utils valgrind gdb python3-pil python3-numpy
   qtdeclarative5-dev-tools qml-module-qttest clang libclang-rt-14-dev)
+bench=(vlc-plugin-video-output)
 
 case ${1:-run} in
   run) wanted=("${build[@]}" "${use[@]}") ;;
   headless) wanted=("${build[@]}" "${use[@]}" "${headless[@]}") ;;
   test) wanted=("${build[@]}" "${use[@]}" "${headless[@]}" "${test[@]}") ;;
-  *) echo "usage: tools/setup.sh [run|headless|test]" >&2; exit 2 ;;
+  bench) wanted=("${build[@]}" "${use[@]}" "${headless[@]}" "${test[@]}" "${bench[@]}") ;;
+  *) echo "usage: tools/setup.sh [run|headless|test|bench]" >&2; exit 2 ;;
 esac
 
 if ! command -v apt-get >/dev/null; then

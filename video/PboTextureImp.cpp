@@ -47,6 +47,7 @@ bool PboTextureImp::allocate(GLenum target, GLint internalFormat, int width, int
     m_gl->glBufferData(GL_PIXEL_UNPACK_BUFFER, static_cast<GLsizeiptr>(m_size), nullptr,
                        GL_STREAM_DRAW);
     m_gl->glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    m_idle = true;
     return isValid();
 }
 
@@ -67,11 +68,12 @@ void PboTextureImp::upload(GLenum target, GLint internalFormat, int width, int h
 
 void *PboTextureImp::map(int *)
 {
-    // The buffer stays mapped from a picture that was locked and never displayed; giving it new
-    // storage ends that mapping.
     m_gl->glBindBuffer(GL_PIXEL_UNPACK_BUFFER, m_buffer);
-    m_gl->glBufferData(GL_PIXEL_UNPACK_BUFFER, static_cast<GLsizeiptr>(m_size), nullptr,
-                       GL_STREAM_DRAW);
+    // New storage also ends the mapping of a picture that was never uploaded.
+    if (!m_idle)
+        m_gl->glBufferData(GL_PIXEL_UNPACK_BUFFER, static_cast<GLsizeiptr>(m_size), nullptr,
+                           GL_STREAM_DRAW);
+    m_idle = false;
     return m_gl->glMapBuffer(GL_PIXEL_UNPACK_BUFFER, GL_WRITE_ONLY);
 }
 
@@ -86,7 +88,9 @@ void PboTextureImp::wait()
 {
     if (!asyncUpload() || !m_fences->glIsSync(m_fence))
         return;
-    m_fences->glClientWaitSync(m_fence, GL_SYNC_FLUSH_COMMANDS_BIT, kFenceTimeoutNs);
+    const GLenum result =
+        m_fences->glClientWaitSync(m_fence, GL_SYNC_FLUSH_COMMANDS_BIT, kFenceTimeoutNs);
+    m_idle = result == GL_ALREADY_SIGNALED || result == GL_CONDITION_SATISFIED;
     m_fences->glDeleteSync(m_fence);
     m_fence = nullptr;
 }

@@ -2,8 +2,9 @@
 #pragma once
 
 // The usual way: the decoder writes into a mapped pixel buffer, and the driver copies from there
-// into the texture. Orphaning the buffer at each map lets the driver hand out fresh memory while
-// the previous picture may still be on its way.
+// into the texture. Orphaning the buffer at a map lets the driver hand out fresh memory while the
+// previous picture may still be on its way. A picture that was waited for has arrived, and its
+// memory serves again: fresh memory is a third of a frame's cost where it has to be cleared first.
 
 #include "video/TextureImp.h"
 
@@ -41,4 +42,5 @@ private:
     GLuint m_texture = 0;
     GLuint m_buffer = 0;
     GLsync m_fence = nullptr;
+    bool m_idle = false; // nobody writes into the buffer's storage nor reads it
 };

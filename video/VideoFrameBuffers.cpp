@@ -155,7 +155,9 @@ std::unique_ptr<unsigned char[]> VideoFrameBuffers::allocateMemory() const
 
 std::array<void *, 3> VideoFrameBuffers::map()
 {
-    m_begun = m_client ? m_client.get() : m_texture.map(nullptr);
+    // A picture that was locked and not displayed leaves its memory to the next.
+    if (!m_begun)
+        m_begun = m_client ? m_client.get() : m_texture.map(nullptr);
     // The decoder writes in any case.
     if (!m_begun && !m_waste)
         m_waste = allocateMemory();

@@ -9,39 +9,67 @@
 #include <malloc.h>
 #include <vlc/vlc.h>
 
+#include <future>
 #include <vector>
 
 Q_LOGGING_CATEGORY(lcVlc, "tavro.video", QtWarningMsg)
 
 namespace {
 
-// Each opening starts a dozen threads, whose heaps would each keep the peak of what pictures took.
+// Each opening starts a dozen threads. Heaps of their own would each keep the peak of what pictures
+// took, and so would the free end of a shared one.
 void limitHeaps()
 {
-    constexpr int kLargeBlock = 4 << 20; // a picture, but no packet
     mallopt(M_ARENA_MAX, 2);
-    mallopt(M_MMAP_THRESHOLD, kLargeBlock);
-    mallopt(M_TRIM_THRESHOLD, kLargeBlock);
+    mallopt(M_MMAP_THRESHOLD, 4 << 20); // a picture, but no packet
+    mallopt(M_TRIM_THRESHOLD, 128 << 10);
 }
 
-} // namespace
-
-libvlc_instance_t *vlcInstance()
+std::vector<QByteArray> argumentTexts()
 {
-    static libvlc_instance_t *instance = nullptr;
-    if (instance)
-        return instance;
-    limitHeaps();
     const VxVlcOptions *options = VxVlcOptions::instance();
     std::vector<QByteArray> texts;
     for (const QString &argument :
          options ? options->instanceArguments() : VxVlcOptions().instanceArguments())
         texts.push_back(argument.toUtf8());
+    return texts;
+}
+
+// On any thread.
+libvlc_instance_t *makeInstance(const std::vector<QByteArray> &texts)
+{
+    limitHeaps();
     std::vector<const char *> arguments;
     for (const QByteArray &text : texts)
         arguments.push_back(text.constData());
-    instance = libvlc_new(static_cast<int>(arguments.size()), arguments.data());
+    libvlc_instance_t *instance = libvlc_new(static_cast<int>(arguments.size()), arguments.data());
     if (!instance)
         qCWarning(lcVlc) << "libvlc refuses its arguments";
     return instance;
+}
+
+std::future<libvlc_instance_t *> &begunInstance()
+{
+    static std::future<libvlc_instance_t *> begun;
+    return begun;
+}
+
+} // namespace
+
+void beginVlcInstance()
+{
+    begunInstance() = std::async(std::launch::async, makeInstance, argumentTexts());
+}
+
+libvlc_instance_t *vlcInstance()
+{
+    static libvlc_instance_t *instance = nullptr;
+    if (!instance)
+        instance = begunInstance().valid() ? begunInstance().get() : makeInstance(argumentTexts());
+    return instance;
+}
+
+void returnFreeMemory()
+{
+    malloc_trim(0);
 }

@@ -4,6 +4,7 @@
 #include "settings/VxSettingsKeys.h"
 #include "settings/VxSettingsManager.h"
 #include "settings/VxVlcOptions.h"
+#include "video/VlcInstance.h"
 #include "video/VxVlcPlayerQml.h"
 
 #include <QQmlEngine>
@@ -62,6 +63,12 @@ void VxVideoPlugin::registerQmlTypes()
     qmlRegisterType<VxVlcPlayerQml>("VxVideo", 1, 0, "VlcVideoPlayer");
     qmlRegisterType(QUrl(QStringLiteral("qrc:/VxVideo/Vx_MediaPlayer.qml")), "VxVideo", 1, 0,
                     "Vx_MediaPlayer");
+}
+
+void VxVideoPlugin::prepareVideo() const
+{
+    if (m_currentPlugin == kVlc)
+        beginVlcInstance();
 }
 
 void VxVideoPlugin::setCurrentPlugin(const QString &currentPlugin)

@@ -32,6 +32,9 @@ public:
     /// Makes the module "VxVideo" 1.0 known to QML; before the first import.
     static void registerQmlTypes();
 
+    /// Begins what the first video will wait for; for a start with one, before anything is opened.
+    void prepareVideo() const;
+
     QString currentPlugin() const { return m_currentPlugin; }
 
     void setCurrentPlugin(const QString &currentPlugin);

@@ -9,6 +9,8 @@
 #include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QOpenGLContext>
+#include <QQuickWindow>
+#include <QThreadPool>
 
 #include <vlc/vlc.h>
 
@@ -24,6 +26,9 @@ constexpr libvlc_event_type_t kMediaEvents[] = {libvlc_MediaStateChanged,
 constexpr libvlc_event_type_t kPlayerEvents[] = {
     libvlc_MediaPlayerTimeChanged, libvlc_MediaPlayerEncounteredError, libvlc_MediaPlayerStopped,
     libvlc_MediaPlayerAudioVolume};
+
+// Longer than from one medium of a list to the next.
+constexpr int kRestMs = 1000;
 
 int toInt(qint64 milliseconds)
 {
@@ -63,10 +68,17 @@ VxVlcPlayerQml::VxVlcPlayerQml(QQuickItem *parent)
 {
     // The base class keeps a picture of this size; the item's own may be that of an 8K frame.
     setTextureSize(QSize(1, 1));
+    watchWindow(window());
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(kRestMs);
+    connect(&m_rest, &QTimer::timeout, this,
+            [] { QThreadPool::globalInstance()->start(returnFreeMemory); });
 }
 
 VxVlcPlayerQml::~VxVlcPlayerQml()
 {
+    // The base class leaves the window when there is no player any more.
+    disconnect(m_visibility);
     desinitVlcMediaInstance();
     desinitVlcPlayerInstance();
 }
@@ -195,6 +207,7 @@ void VxVlcPlayerQml::startPlaying()
     m_durationTold = 0;
     m_displays = 0;
     m_volumePending = m_volumePercent >= 0;
+    m_rest.stop();
     libvlc_media_player_play(m_player);
     // libvlc forgets the delay with each medium.
     const VxVlcOptions *options = VxVlcOptions::instance();
@@ -250,6 +263,28 @@ void VxVlcPlayerQml::stop()
         libvlc_media_player_stop(m_player);
     }
     m_target.deleteContext();
+    m_rest.start();
+}
+
+void VxVlcPlayerQml::itemChange(ItemChange change, const ItemChangeData &value)
+{
+    if (change == ItemSceneChange)
+        watchWindow(value.window);
+    QQuickPaintedItem::itemChange(change, value);
+}
+
+void VxVlcPlayerQml::watchWindow(QQuickWindow *itemWindow)
+{
+    disconnect(m_visibility);
+    m_seen = false;
+    if (!itemWindow)
+        return;
+    const auto follow = [this, itemWindow] {
+        m_seen = itemWindow->visibility() != QWindow::Hidden
+            && itemWindow->visibility() != QWindow::Minimized;
+    };
+    m_visibility = connect(itemWindow, &QWindow::visibilityChanged, this, follow);
+    follow();
 }
 
 void VxVlcPlayerQml::seek(int offset)

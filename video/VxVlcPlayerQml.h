@@ -8,6 +8,7 @@
 
 #include <QOffscreenSurface>
 #include <QQuickPaintedItem>
+#include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
 
@@ -140,11 +141,13 @@ Q_SIGNALS:
     void positionChanged(int position);
     void vlcStateChanged(int vlcState);
     /// A new picture is in the texture, whose id stays the same. On the decoder's thread, which a
-    /// direct receiver holds up.
+    /// direct receiver holds up. Not while the item's window is hidden: nobody pays for pictures
+    /// that nobody sees.
     void frameDisplayed();
 
 protected:
     QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *data) override;
+    void itemChange(ItemChange change, const ItemChangeData &value) override;
 
 private Q_SLOTS:
     void resizeToFrame();
@@ -182,6 +185,8 @@ private:
     VideoTrack readTracks(libvlc_media_t *media);
     VideoTrack trackForFormat(unsigned width, unsigned height);
 
+    void watchWindow(QQuickWindow *itemWindow);
+
     // On the main thread, in the order in which libvlc reported.
     void handleState(int generation, int state, const QString &error);
     void handleError(int generation, const QString &error);
@@ -204,9 +209,12 @@ private:
     int m_durationTold = 0;
     libvlc_media_player_t *m_player = nullptr;
     libvlc_media_t *m_media = nullptr; // changed under m_mutex
+    QTimer m_rest; // until free memory is given back
+    QMetaObject::Connection m_visibility; // of the item's window
 
     // Reports of earlier openings, which may still be queued, bear a smaller number.
     std::atomic<int> m_generation{0};
+    std::atomic<bool> m_seen{false}; // the item's window is on the screen
     std::atomic<bool> m_nativeSize{false};
     std::atomic<bool> m_shaderColorConversion{false};
     std::atomic<int> m_textureId{0};

@@ -236,12 +236,16 @@ void VxVlcPlayerQml::lock(void **planes)
 
 void VxVlcPlayerQml::display()
 {
-    m_target.makeCurrent();
-    m_target.commit();
-    updateTexture();
-    m_target.flush();
-    if (m_displays > kSkippedDisplays)
-        Q_EMIT frameDisplayed();
+    ++m_displays;
+    // A hidden window's picture stays in the frame's memory, for the next one to be written over.
+    if (m_seen) {
+        m_target.makeCurrent();
+        m_target.commit();
+        updateTexture();
+        m_target.flush();
+        if (m_displays > kSkippedDisplays)
+            Q_EMIT frameDisplayed();
+    }
     computeFps();
 }
 
@@ -249,10 +253,9 @@ void VxVlcPlayerQml::display()
 void VxVlcPlayerQml::updateTexture()
 {
     const GLuint texture = m_target.draw();
-    const int displays = ++m_displays;
-    if (displays <= kSkippedDisplays)
+    if (m_displays <= kSkippedDisplays)
         return;
-    if (displays == kSkippedDisplays + 1)
+    if (m_textureId == 0)
         qCDebug(lcTiming) << "video: first picture";
     setTextureId(static_cast<int>(texture));
 }

@@ -179,7 +179,7 @@ QImage PlayerProcess::screenshot()
 }
 
 PanoramaReference::Comparison PlayerProcess::waitForPicture(PanoramaScene scene,
-                                                            const QImage &source)
+                                                            const QImage &source, int tolerance)
 {
     PanoramaReference::Comparison result;
     QImage expected;
@@ -190,7 +190,7 @@ PanoramaReference::Comparison PlayerProcess::waitForPicture(PanoramaScene scene,
             scene.item = actual.size();
             expected = PanoramaReference::render(scene, source);
         }
-        result = PanoramaReference::compare(actual, expected);
+        result = PanoramaReference::compare(actual, expected, tolerance);
         return result.share >= 0.99;
     });
     if (!found) {

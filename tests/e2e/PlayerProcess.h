@@ -50,7 +50,8 @@ public:
     QImage screenshot();
     /// Waits until the window shows the panorama; the last comparison otherwise. The size of the
     /// scene is that of the window.
-    PanoramaReference::Comparison waitForPicture(PanoramaScene scene, const QImage &source);
+    PanoramaReference::Comparison waitForPicture(PanoramaScene scene, const QImage &source,
+                                                 int tolerance = 8);
     /// Waits until the middle of the window has nearly this colour.
     bool waitForColour(QRgb colour);
     bool waitForTitle(const QString &title);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// A web server with one clip on loopback, on a thread of its own, that can fail in several ways.
+// A web server with some files on loopback, on a thread of its own, that can fail in several ways.
 
+#include <QMap>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QThread>
@@ -14,12 +15,13 @@ public:
     enum Behaviour {
         Serve, // byte ranges too
         Refuse, // 404
-        Die, // three quarters of the clip, then nobody listens any more
-        Stall // three quarters of the clip, then silence
+        Die, // three quarters of the file, then nobody listens any more
+        Stall // three quarters of the file, then silence
     };
 
-    StreamServer(const QByteArray &content, Behaviour behaviour)
-        : m_content(content)
+    /// The files by their names.
+    StreamServer(const QMap<QString, QByteArray> &files, Behaviour behaviour)
+        : m_files(files)
         , m_behaviour(behaviour)
     {
         m_server.moveToThread(this);
@@ -58,7 +60,8 @@ private:
     void answer(QTcpSocket *socket)
     {
         const QByteArray request = socket->readAll();
-        if (m_behaviour == Refuse) {
+        const QString name = QString::fromLatin1(request.split(' ').value(1).mid(1));
+        if (m_behaviour == Refuse || !m_files.contains(name)) {
             socket->write(
                 "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n"
                 "Connection: close\r\n\r\n");
@@ -69,7 +72,8 @@ private:
         const int range = request.indexOf("Range: bytes=");
         if (range >= 0)
             first = request.mid(range + 13, request.indexOf('-', range) - range - 13).toInt();
-        const int size = m_content.size();
+        const QByteArray content = m_files.value(name);
+        const int size = content.size();
         QByteArray reply = range >= 0 ? QByteArray("HTTP/1.1 206 Partial Content\r\n")
                                       : QByteArray("HTTP/1.1 200 OK\r\n");
         reply +=
@@ -81,17 +85,17 @@ private:
                 + QByteArray::number(size - 1) + '/' + QByteArray::number(size) + "\r\n";
         socket->write(reply + "\r\n");
         if (m_behaviour == Serve) {
-            socket->write(m_content.mid(first));
+            socket->write(content.mid(first));
             return;
         }
-        socket->write(m_content.mid(first, qMax(0, size * 3 / 4 - first)));
+        socket->write(content.mid(first, qMax(0, size * 3 / 4 - first)));
         if (m_behaviour == Die) {
             m_server.close();
             socket->disconnectFromHost();
         }
     }
 
-    QByteArray m_content;
+    QMap<QString, QByteArray> m_files;
     Behaviour m_behaviour;
     QTcpServer m_server;
     std::atomic<int> m_port{0};

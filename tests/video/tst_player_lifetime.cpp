@@ -4,12 +4,13 @@
 #include "settings/VxVlcOptions.h"
 #include "tests/video/Clips.h"
 #include "tests/video/PlayerFixture.h"
-#include "tests/video/StreamServer.h"
 
 #include <QFile>
 
 #include <malloc.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <memory>
 
@@ -22,8 +23,8 @@ constexpr int kPatienceMs = 15000;
 constexpr int kPatienceMs = 1500;
 #endif
 
-// What the heaps of two threads may hold or not hold at the moment of asking.
-constexpr int kHeapJitterKb = 4096;
+// The time after which the player has given free memory back.
+constexpr int kRestMs = 1500;
 
 // Without the pages of libraries, whose share depends on what else runs.
 int anonymousMemoryKb()
@@ -54,8 +55,6 @@ private Q_SLOTS:
     void seekStorm();
     void windowClosesDuringPlayback();
     void mediumChangesFromASignal();
-    void streams_data();
-    void streams();
     void memoryOfManyOpenings();
 
 private:
@@ -221,8 +220,11 @@ void TestPlayerLifetime::windowClosesDuringPlayback()
         if (round > 0)
             QTest::qWait(200);
         if (round > 1) {
-            // Hidden, it plays on, and its pictures come back with the window.
+            // Hidden, it plays on, at nobody's cost, and its pictures come back with the window.
             QVERIFY(player->textureId() != 0);
+            frames = 0;
+            QTest::qWait(200);
+            QCOMPARE(frames.load(), 0);
             window.show();
             QVERIFY(QTest::qWaitForWindowExposed(&window));
             frames = 0;
@@ -252,53 +254,6 @@ void TestPlayerLifetime::mediumChangesFromASignal()
     QCOMPARE(fixture.errors.size(), 1);
 }
 
-void TestPlayerLifetime::streams_data()
-{
-    QTest::addColumn<int>("behaviour");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("outcome");
-    QTest::newRow("served") << int(StreamServer::Serve) << "clip.mp4" << int(VxVlcPlayerQml::Ended);
-    QTest::newRow("not there") << int(StreamServer::Refuse) << "clip.mp4"
-                               << int(VxVlcPlayerQml::Error);
-    QTest::newRow("server dies") << int(StreamServer::Die) << "clip.mp4"
-                                 << int(VxVlcPlayerQml::Ended);
-    QTest::newRow("server falls silent")
-        << int(StreamServer::Stall) << "clip.mp4" << int(VxVlcPlayerQml::Stopped);
-}
-
-void TestPlayerLifetime::streams()
-{
-    QFETCH(int, behaviour);
-    QFETCH(QString, name);
-    QFETCH(int, outcome);
-    clip();
-    PlayerFixture fixture;
-    const StreamServer server(m_clips.read(QStringLiteral("clip.mp4")),
-                              StreamServer::Behaviour(behaviour));
-    fixture.open(server.url(name));
-    const bool shows = behaviour != StreamServer::Refuse;
-    if (shows)
-        QVERIFY(fixture.waitForFrames(1));
-    if (outcome == VxVlcPlayerQml::Stopped) {
-        QTest::qWait(2000);
-        QElapsedTimer elapsed;
-        elapsed.start();
-        fixture.player->stop();
-        QVERIFY(elapsed.elapsed() < kPatienceMs);
-    }
-    QVERIFY(fixture.waitForState(outcome, 20000));
-    QCOMPARE(fixture.errors.size(), outcome == VxVlcPlayerQml::Error ? 1 : 0);
-    if (behaviour == StreamServer::Die) {
-        // What a loop would do next ends it.
-        fixture.forget();
-        fixture.player->restart();
-        QVERIFY(fixture.waitForState(VxVlcPlayerQml::Error));
-        QTest::qWait(300);
-        QCOMPARE(fixture.errors.size(), 1);
-        QCOMPARE(fixture.states.last(), int(VxVlcPlayerQml::Error));
-    }
-}
-
 // `TAVRO_OPENINGS` sets how many; what is left of each would add up.
 void TestPlayerLifetime::memoryOfManyOpenings()
 {
@@ -306,26 +261,41 @@ void TestPlayerLifetime::memoryOfManyOpenings()
         ? qEnvironmentVariableIntValue("TAVRO_OPENINGS")
         : 40;
     PlayerFixture fixture;
-    int early = 0;
-    int late = 0;
-    for (int i = 1; i <= openings; ++i) {
-        m_options.shaderColorConversion = i % 2;
+    const auto open = [&](int number) {
+        m_options.shaderColorConversion = number % 2;
         fixture.open(clip());
         QVERIFY(fixture.waitForFrames(2));
-        if (i % 3 == 0)
+        if (number % 3 == 0)
             fixture.player->stop();
-        if (i == 10 || i == openings) {
-            // At rest, and without what the allocator keeps for later.
+    };
+    // Heaps of threads hold a little more or less at each rest: the middle of three counts.
+    const auto memoryAtRest = [&](int number) {
+        std::array<int, 3> samples{};
+        for (int &sample : samples) {
+            open(number++);
             fixture.player->stop();
-            malloc_trim(0);
-            (i == 10 ? early : late) = anonymousMemoryKb();
+            QTest::qWait(kRestMs);
+            sample = anonymousMemoryKb();
         }
-    }
+        std::sort(samples.begin(), samples.end());
+        return samples[1];
+    };
+    int number = 1;
+    for (; number <= 8; ++number)
+        open(number);
+    const int early = memoryAtRest(number);
+    const std::size_t usedEarly = mallinfo2().uordblks;
+    for (; number <= openings - 6; ++number)
+        open(number);
+    const int late = memoryAtRest(number);
+    const std::size_t usedLate = mallinfo2().uordblks;
     m_options.shaderColorConversion = false;
-    qInfo("%d openings: %d KB after 10, %d KB at the end", openings, early, late);
+    qInfo("%d openings: %d KB after 10, %d KB at the end; in use %zu and %zu bytes", openings,
+          early, late, usedEarly, usedLate);
     QVERIFY(early > 0);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    QVERIFY(late <= early * 1.05 + kHeapJitterKb);
+    QVERIFY(late <= early * 1.05);
+    QVERIFY(usedLate <= usedEarly * 1.01);
 #endif
 }
 
