@@ -13,7 +13,6 @@
 #include <QProcess>
 #include <QThread>
 
-#include <malloc.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -85,10 +84,6 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
 
 int main(int argc, char **argv)
 {
-    // The heaps that glibc makes for further threads grow by single pages, each by a system call;
-    // the rendering thread would spend a tenth of the start on them.
-    mallopt(M_ARENA_MAX, 1);
-    mallopt(M_TOP_PAD, 4 << 20);
     // Qt would do it with the application object, but paths are read before.
     std::setlocale(LC_ALL, "");
     Platform::prepareEnvironment();
