@@ -110,7 +110,8 @@ std::unique_ptr<PicturePrefetch> PicturePrefetch::begin(const QString &file)
     // A vector image is decoded at the size at which it is shown.
     const bool isVector =
         QFileInfo(url.path()).suffix().startsWith(QLatin1String("svg"), Qt::CaseInsensitive);
-    if (isVector || !url.isLocalFile())
+    const bool isVideo = MediaFormats::videoKind(url, true) != MediaFormats::NotVideo;
+    if (isVector || isVideo || !url.isLocalFile())
         return nullptr;
     return std::make_unique<PicturePrefetch>(url.toLocalFile());
 }

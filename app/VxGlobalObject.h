@@ -241,6 +241,9 @@ public:
     /// What an Image must load to show a file: the file, or what was decoded of it ahead.
     Q_INVOKABLE QUrl pictureSource(const QUrl &url) const;
 
+    /// True if the program was started with what is probably a picture.
+    Q_INVOKABLE bool beginsWithPicture() const { return m_prefetch != nullptr; }
+
     void setPicturePrefetch(PicturePrefetch *prefetch) { m_prefetch = prefetch; }
 
 public Q_SLOTS:

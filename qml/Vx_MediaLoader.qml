@@ -12,6 +12,8 @@ Item {
     readonly property var fileMetadata: mediaPlayer.fileMetadata
     readonly property bool isVideo: mediaPlayer === videoPlayer
 
+    property bool awaitsFirstPicture: vxGlobalObject.beginsWithPicture()
+
     readonly property real volumeStep: 0.05
     // What only custom arguments can describe is told there.
     readonly property string commandLineDocumentation: "https://www.tavro.example/documentation/command-line"
@@ -229,8 +231,10 @@ Item {
     Vx_MediaPlayer {
         id: videoPlayer
 
-        // A picture need not wait for the item that plays videos.
+        // The first picture need not wait for the item that plays videos, which makes contexts of
+        // OpenGL of its own.
         asynchronous: true
+        active: loader.isVideo || !loader.awaitsFirstPicture
         visible: loader.isVideo
         volume: vxSettings.get("application/volume")
         onVolumeChanged: vxSettings.set("application/volume", volume)
@@ -249,6 +253,8 @@ Item {
         onPlayerStatusChanged: {
             if (playerStatus !== Vx_MediaPlayer.Buffered)
                 videoPlayer.playerStatus = Vx_MediaPlayer.NoMedia;
+            if (playerStatus !== Vx_MediaPlayer.Loading)
+                loader.awaitsFirstPicture = false;
         }
     }
 

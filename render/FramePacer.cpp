@@ -23,6 +23,10 @@ void FramePacer::start(QQuickWindow *window)
 void FramePacer::requestFrame()
 {
     m_timer.stop();
+    // A frame without any change makes Qt's rendering thread sleep until the next refresh, and
+    // whatever changes meanwhile waits for it. The item asks again when it is shown.
+    if (!m_item->isVisible())
+        return;
     m_sinceRequest.start();
     // The base class fills what is to be painted first, and the item paints over all of it anyway.
     m_item->update(QRect(0, 0, 1, 1));

@@ -6,6 +6,7 @@
 #include "devices/VxHmdUIManager.h"
 #include "render/FastBlur.h"
 #include "render/FramePacer.h"
+#include "render/SceneStirrer.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
 
@@ -94,6 +95,7 @@ void VistrelView::init(QObject *application)
     connect(controller, &VxGlobalObject::tv3dViewChanged, this, compute);
     connect(builder, &VxShaderCodeBuilder::stereoModeChanged, this, compute);
 
+    new SceneStirrer(window);
     m_pacer->start(window);
     const auto request = &FramePacer::requestFrame;
     connect(controller, &VxGlobalObject::rotationMatrixChanged, m_pacer, request);

@@ -129,6 +129,7 @@ void TestPrefetch::servesOneFileOnce()
     QVERIFY(gradient(QImage::Format_RGB32).save(path));
     QVERIFY(!PicturePrefetch::begin("http://localhost/a.jpg"));
     QVERIFY(!PicturePrefetch::begin("/somewhere/drawing.svg"));
+    QVERIFY(!PicturePrefetch::begin("/somewhere/film.MP4"));
     const auto prefetch = PicturePrefetch::begin(path);
     QVERIFY(prefetch);
     const QUrl other = QUrl::fromLocalFile("/somewhere/else.png");
