@@ -28,6 +28,10 @@ Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
 // What shows wherever no source is.
 constexpr float kBackground = 0.1333333F;
 
+// A camera that has turned within this time is still turning: the frames follow each other as fast
+// as the window shows them, whatever the pace of the one who turns it.
+constexpr qint64 kTurnMs = 250;
+
 const QByteArray kDimFragment =
     "#ifdef GL_ES \nprecision highp float; \n#endif \n"
     "void main() {\n   gl_FragColor = vec4(0.0, 0.0, 0.0, 0.5);\n}\n";
@@ -196,7 +200,10 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     const bool kept = node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
         && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
         && m_state == m_painted;
-    m_pacer->setRestless(m_state.overlay);
+    if (!(m_state.uniforms == m_painted.uniforms))
+        m_sinceTurn.start();
+    m_pacer->setRestless(m_state.overlay
+                         || (m_sinceTurn.isValid() && !m_sinceTurn.hasExpired(kTurnMs)));
     if (!kept) {
         m_frameKept = false;
         m_node = QQuickPaintedItem::updatePaintNode(node, data);

@@ -6,6 +6,7 @@
 
 #include "render/PanoramaProgram.h"
 
+#include <QElapsedTimer>
 #include <QQuickPaintedItem>
 #include <QSize>
 
@@ -124,6 +125,7 @@ private:
     QSGNode *m_node = nullptr; // the scene graph's; null before the first frame
     FrameState m_state; // of the frame that is being painted
     FrameState m_painted; // of the frame that the framebuffer holds
+    QElapsedTimer m_sinceTurn; // since the camera's last move
     bool m_frameKept = false; // the framebuffer holds a finished frame of m_painted
     bool m_firstFrameAnnounced = false;
 
