@@ -28,6 +28,7 @@
 
 namespace {
 
+Q_LOGGING_CATEGORY(lcMedia, "tavro.media", QtWarningMsg)
 Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
 
 const QString kAdobePlugin = QStringLiteral("adobeplugin");
@@ -197,6 +198,7 @@ void Application::displayOpenGLErrorMessage()
 {
     QMessageBox box(QMessageBox::Critical, QString(), tr("OpenGL 2.0 minimum is required."));
     box.setModal(true);
+    qCInfo(lcMedia) << "told the user:" << qPrintable(box.text());
     box.exec();
     quit();
 }
@@ -221,7 +223,7 @@ void Application::teardown()
     // What follows may hang on a decoder that waits for a dead disk; what the user has set must not
     // be lost with it. It is written once more at the end, with what the objects leave behind.
     m_settings->save();
-    // Its players are gone: quit() has seen to that.
+    // Its players have stopped: the controller has seen to that.
     delete m_videoPlugin;
     m_videoPlugin = nullptr;
     // Before the scene graph's context: what the two share belongs to the rendering thread, and

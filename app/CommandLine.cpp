@@ -73,8 +73,7 @@ QString firstFile(const QStringList &arguments, const QString &startDirectory)
 {
     QCommandLineParser parser;
     Options().addTo(parser);
-    parser.parse(arguments);
-    return filesOf(parser, startDirectory).value(0);
+    return parser.parse(arguments) ? filesOf(parser, startDirectory).value(0) : QString();
 }
 
 } // namespace CommandLine

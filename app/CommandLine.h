@@ -17,8 +17,9 @@ namespace CommandLine {
 /// \a startDirectory is where the user started the program: relative paths count from there.
 QVariantMap parse(const QStringList &arguments, const QString &startDirectory);
 
-/// The first of the "files" of parse(), or an empty text. Reports nothing, ends nothing, and needs
-/// no application object; an option that the application object takes for itself may mislead it.
+/// The first of the "files" of parse(), or an empty text where parse() would end the process, or
+/// would after the application object has taken its own options. Reports nothing, ends nothing,
+/// and needs no application object.
 QString firstFile(const QStringList &arguments, const QString &startDirectory);
 
 } // namespace CommandLine

@@ -79,6 +79,40 @@ private:
     qint64 m_position = 0;
 };
 
+/// True for a frame whose coefficients are all kept until its last scan.
+bool isProgressiveJpeg(const QString &path)
+{
+    // Marker codes of ITU-T T.81, table B.1.
+    constexpr int kPrefix = 0xFF;
+    constexpr int kFirstFrame = 0xC0;
+    constexpr int kLastFrame = 0xCF;
+    constexpr int kHuffmanTable = 0xC4;
+    constexpr int kExtension = 0xC8;
+    constexpr int kArithmeticTable = 0xCC;
+    constexpr int kProgressive = 0x2; // the two lower bits of such a frame's code
+
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return false;
+    ByteReader reader(file);
+    reader.skip(2); // the start of the image
+    for (;;) {
+        if (reader.next() != kPrefix)
+            return false;
+        int marker = reader.next();
+        while (marker == kPrefix) // fill bytes
+            marker = reader.next();
+        if (marker >= kFirstFrame && marker <= kLastFrame && marker != kHuffmanTable
+            && marker != kExtension && marker != kArithmeticTable)
+            return (marker & 3) == kProgressive;
+        const int high = reader.next();
+        const int low = reader.next();
+        if (low < 0)
+            return false;
+        reader.skip(qMax(0, high * 256 + low - 2));
+    }
+}
+
 } // namespace
 
 bool canBeDecoded(const QString &path)
@@ -91,8 +125,9 @@ bool canBeDecoded(const QString &path)
     if (!reader.canRead())
         return false;
     const QSize size = reader.size();
-    // A JPEG is scaled while it is decoded; all others are decoded whole.
-    if (reader.format() == "jpeg" || size.isEmpty())
+    // A JPEG is scaled while it is decoded, unless its scans refine each other; all others are
+    // decoded whole.
+    if (size.isEmpty() || (reader.format() == "jpeg" && !isProgressiveJpeg(path)))
         return true;
     return quint64(size.width()) * quint64(size.height()) * kBytesPerPixel <= memoryForOnePicture();
 }

@@ -42,12 +42,14 @@ struct Close
     void operator()(std::FILE *file) const { std::fclose(file); }
 };
 
-/// All bytes of a regular file; none of anything else. Qt's file belongs to the application object.
+/// All bytes of a regular file; none of anything else, nor of one that is larger than a picture of
+/// the sides that this program decodes can be. Qt's file belongs to the application object.
 std::vector<unsigned char> contentOf(const QByteArray &path)
 {
+    constexpr off_t kLargest = 256 << 20;
     struct stat info = {};
     // Not a pipe: nobody may ever write to it.
-    if (stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+    if (stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLargest)
         return {};
     const std::unique_ptr<std::FILE, Close> file(std::fopen(path.constData(), "rb"));
     std::vector<unsigned char> content(file ? size_t(info.st_size) : 0);

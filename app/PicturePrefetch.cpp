@@ -9,9 +9,10 @@
 #include <QFileInfo>
 #include <QImageReader>
 
-#include <chrono>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -20,8 +21,6 @@ namespace {
 // Nearly every GPU takes textures of this size. A larger picture is better decoded when the GPU's
 // limit is known, because it may then be scaled while it is decoded.
 constexpr int kMaxSide = 8192;
-
-constexpr std::chrono::seconds kPatience(3);
 
 /// The size that fits into \a limit, whose sides of 0 or less are none.
 QSize fitted(const QSize &size, const QSize &limit)
@@ -68,6 +67,9 @@ QImage decodeWithin(const QString &path, const QSize &limit)
     return reader.read();
 }
 
+/// Threads of this file that are not at their end.
+std::atomic_int threadsAtWork{0};
+
 } // namespace
 
 const QString PicturePrefetch::kName = QStringLiteral("prefetched");
@@ -87,13 +89,20 @@ struct PicturePrefetch::Decoding
 /// \a jpeg is the path in the file system's encoding, or empty if the name is not that of a JPEG.
 void PicturePrefetch::Decoding::run(const QString &path, const QByteArray &jpeg)
 {
-    QImage result = jpeg.isEmpty() ? QImage() : JpegDecoder::decode(jpeg, kMaxSide);
-    {
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [this] { return mayUsePlugins; });
+    QImage result;
+    try {
+        if (!jpeg.isEmpty())
+            result = JpegDecoder::decode(jpeg, kMaxSide);
+        {
+            std::unique_lock lock(mutex);
+            changed.wait(lock, [this] { return mayUsePlugins; });
+        }
+        if (result.isNull() || !isUpright(path))
+            result = decodeByPlugin(path);
+    } catch (const std::bad_alloc &) {
+        // The media road finds the same, and tells the user.
+        result = QImage();
     }
-    if (result.isNull() || !isUpright(path))
-        result = decodeByPlugin(path);
     {
         const std::lock_guard lock(mutex);
         picture = std::move(result);
@@ -122,16 +131,21 @@ PicturePrefetch::PicturePrefetch(const QString &path)
     , m_decoding(std::make_shared<Decoding>())
 {
     const QByteArray jpeg = hasJpegName(path) ? QFile::encodeName(path) : QByteArray();
-    std::thread([decoding = m_decoding, path, jpeg] { decoding->run(path, jpeg); }).detach();
+    ++threadsAtWork;
+    std::thread([decoding = m_decoding, path, jpeg] {
+        decoding->run(path, jpeg);
+        --threadsAtWork;
+    }).detach();
 }
 
 PicturePrefetch::~PicturePrefetch()
 {
-    continueWithPlugins();
-    // A decoder that is at work should not see the process end around it, but one that waits for
-    // a dead disk must not keep it.
-    std::unique_lock lock(m_decoding->mutex);
-    m_decoding->changed.wait_for(lock, kPatience, [this] { return m_decoding->isFinished; });
+    continueWithPlugins(); // or the thread would wait for ever
+}
+
+bool PicturePrefetch::isAtWork()
+{
+    return threadsAtWork > 0;
 }
 
 void PicturePrefetch::continueWithPlugins()

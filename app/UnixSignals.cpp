@@ -19,7 +19,7 @@ void onSignal(int)
     const int savedErrno = errno;
     const char byte = 1;
     if (write(pipeEnds[1], &byte, 1) < 0) {
-        // Nothing can be done about it here, and the next signal ends the process.
+        // Nothing can be done about it here.
     }
     errno = savedErrno;
 }
@@ -44,10 +44,10 @@ UnixSignals::UnixSignals(QObject *parent)
     auto *notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
         notifier->setEnabled(false);
-        setHandler(SIG_DFL, 0);
         Q_EMIT terminated();
     });
-    setHandler(onSignal, SA_RESTART);
+    // The second one ends the process, also when no event loop gets to the first.
+    setHandler(onSignal, SA_RESTART | SA_RESETHAND);
 }
 
 UnixSignals::~UnixSignals()

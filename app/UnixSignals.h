@@ -5,9 +5,9 @@
 
 #include <QObject>
 
-/// Turns the first SIGINT or SIGTERM into the signal terminated(); the next has its default
-/// effect, so that a user can still end a program that hangs. One object at a time, made on the
-/// main thread.
+/// Turns the first SIGINT or SIGTERM into the signal terminated(); the same
+/// once more has its default effect, so that a user can still end a program that hangs. One object
+/// at a time, made on the main thread.
 class UnixSignals : public QObject
 {
     Q_OBJECT

@@ -423,11 +423,9 @@ QString VxGlobalObject::aboutThirdParty() const
         "This program decodes videos with libVLC, under the GNU Lesser General Public License, "
         "version 2.1 or later.\n\n"
         "Qt 5, under the GNU Lesser General Public License, version 3.\n"
-        "oneTBB, under the Apache License, version 2.0.\n"
         "libgomp, under the GNU General Public License, version 3, with the GCC Runtime Library "
         "Exception.\n"
-        "Wild Magic 5, under the Boost Software License, version 1.0.\n"
-        "Breakpad, under a 3-clause BSD licence.\n");
+        "libjpeg-turbo, under the IJG License and 3-clause BSD licences.\n");
 }
 
 void VxGlobalObject::hideCursor()
@@ -442,7 +440,7 @@ void VxGlobalObject::restoreCursor()
 
 void VxGlobalObject::restart()
 {
-    QCoreApplication::exit(kRestartExitCode);
+    end(kRestartExitCode);
 }
 
 QString VxGlobalObject::getEnterpriseWebLink() const
@@ -457,9 +455,15 @@ QString VxGlobalObject::getSoftwareName() const
 
 void VxGlobalObject::quit()
 {
+    end(0);
+}
+
+void VxGlobalObject::end(int exitCode)
+{
+    Q_EMIT ending(exitCode);
     // Playback must have stopped before the event loop does: its threads call back into items that
     // teardown deletes.
     if (m_mediaLoader)
         QMetaObject::invokeMethod(m_mediaLoader, "destroyVideoPlayer", Qt::DirectConnection);
-    QCoreApplication::exit(0);
+    QCoreApplication::exit(exitCode);
 }

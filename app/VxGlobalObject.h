@@ -275,6 +275,8 @@ Q_SIGNALS:
     void fovLimitMinChanged();
     void fovLimitMaxChanged();
     void rotationMatrixChanged();
+    /// The program is about to end with this code; what may hang comes after it.
+    void ending(int exitCode);
     void playListIndexChanged();
     void playListChanged();
     void touchModeChanged();
@@ -292,6 +294,7 @@ Q_SIGNALS:
     void imageInspected(const QUrl &url, bool usable);
 
 private:
+    void end(int exitCode);
     void rebuildMatrix();
     void setFovLimitMin(float degrees);
     void setFovLimitMax(float degrees);

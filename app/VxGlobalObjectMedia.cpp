@@ -171,6 +171,8 @@ void VxGlobalObject::playListSetNext(bool forceNext)
         setPlayListIndex(next % m_playlist.size());
         break;
     case LoopFile:
+        // It would begin the same picture anew while that is still being loaded.
+        m_nextImageTimer.stop();
         processFileSource(m_playlist.value(m_playListIndex), QString(), false);
         break;
     default:

@@ -70,11 +70,16 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
     VxVlcOptions options;
     VxVlcOptions::setInstance(&options);
     application.init(startDirectory, std::move(prefetch));
-    outcome.exitCode = Application::exec();
-    guard = std::make_unique<EndGuard>(kEndPatience, [&outcome, &startDirectory] {
-        relaunch(outcome, startDirectory);
-        _exit(outcome.exitCode);
-    });
+    const auto beginEnd = [&](int exitCode) {
+        outcome.exitCode = exitCode;
+        if (!guard)
+            guard = std::make_unique<EndGuard>(kEndPatience, [outcome, startDirectory] {
+                relaunch(outcome, startDirectory);
+                _exit(outcome.exitCode);
+            });
+    };
+    QObject::connect(application.globalObject(), &VxGlobalObject::ending, beginEnd);
+    beginEnd(Application::exec());
     application.teardown();
     VxVlcOptions::setInstance(nullptr);
     return outcome;
@@ -91,6 +96,8 @@ int main(int argc, char **argv)
     try {
         const Outcome outcome = runApplication(argc, argv, startDirectory);
         relaunch(outcome, startDirectory);
+        if (PicturePrefetch::isAtWork())
+            _exit(outcome.exitCode);
         return outcome.exitCode;
     } catch (const std::exception &exception) {
         qCCritical(lcApp) << exception.what();

@@ -7,11 +7,13 @@ Item {
     id: screen
 
     property string errorString: ""
-    // Asked once: at the end of the program the error may outlive the plug-in.
-    readonly property bool hasBackendChoice: vxVideoPlugin.pluginsList().length > 1
+    property bool hasBackendChoice: false
 
     signal openRequested()
     signal backendRequested()
+
+    // No binding: it would ask once more when the plug-in goes, which is before the screen does.
+    Component.onCompleted: hasBackendChoice = vxVideoPlugin.pluginsList().length > 1
 
     Column {
         anchors.centerIn: parent

@@ -220,7 +220,10 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 // is synchronised, after this item or before it; its first frame must not wait for the next one.
 void VistrelView::catchUp()
 {
-    if (!m_node || !m_frameKept || m_painted.textureId == m_context->textureProvider()->textureId())
+    const VxTextureProvider *provider = m_context->textureProvider();
+    if (!m_node || !m_frameKept
+        || (m_painted.textureId == provider->textureId()
+            && m_painted.contentRevision == provider->contentRevision()))
         return;
     m_state = currentState();
     QQuickPaintedItem::updatePaintNode(m_node, nullptr);

@@ -126,6 +126,10 @@ void VxTextureProvider::onBeforeSynchronizing()
                     &VxTextureProvider::expectRendering, Qt::DirectConnection);
             connect(m_sgTextureProvider, &QSGTextureProvider::textureChanged, this,
                     &VxTextureProvider::onQsgTextureChanged, Qt::DirectConnection);
+            // A new picture may get the name of the last one's texture.
+            if (m_isImage)
+                connect(m_sgTextureProvider, &QSGTextureProvider::textureChanged, this,
+                        &VxTextureProvider::noteNewContent, Qt::DirectConnection);
             // An item that was drawn before tells of no change.
             onQsgTextureChanged();
         }

@@ -116,6 +116,14 @@ void TestImageInspector::letsThrough_data()
     QTest::newRow("zeroes") << QByteArray(4096, '\0') << false;
     QTest::newRow("as many pixels as a panorama has") << pngHeader(8192) << true;
     QTest::newRow("more pixels than any memory") << pngHeader(500000) << false;
+    // The size of the frame's header, which stands behind its length and its precision.
+    const auto huge = [](QByteArray bytes) {
+        const int frame = qMax(bytes.indexOf("\xff\xc0"), bytes.indexOf("\xff\xc2"));
+        return bytes.replace(frame + 5, 4, "\xff\xdc\xff\xdc");
+    };
+    QTest::newRow("a huge JPEG, which is scaled while it is decoded") << huge(jpeg) << true;
+    QTest::newRow("a huge JPEG that is kept whole until its last scan")
+        << huge(encoded("jpg", 32, true)) << false;
 }
 
 void TestImageInspector::letsThrough()

@@ -31,6 +31,8 @@ private Q_SLOTS:
     void showsALargePictureScaledDown();
     void leavesTheInterfaceIntact_data();
     void leavesTheInterfaceIntact();
+    void showsTextAboveThePanorama_data();
+    void showsTextAboveThePanorama();
 
 private:
     QStringList file(const QString &name) const { return {m_dir.filePath(name)}; }
@@ -331,6 +333,53 @@ void TestPanorama::leavesTheInterfaceIntact()
     };
     QTRY_VERIFY_WITH_TIMEOUT(likeness() > 0.999, PlayerProcess::kPatienceMs);
     QCOMPARE(player.noise(), QString());
+}
+
+void TestPanorama::showsTextAboveThePanorama_data()
+{
+    leavesTheInterfaceIntact_data();
+}
+
+// The same words in each mode, while the panorama is drawn below them.
+void TestPanorama::showsTextAboveThePanorama()
+{
+    QFETCH(QString, loop);
+    QImage first;
+    for (const char *display : {"normal", "split", "3d"}) {
+        PlayerStart start;
+        start.environment = QStringList{loop};
+        start.arguments = file("sphere.png");
+        start.settings = {QByteArray("output\\display=") + display};
+        PlayerProcess player(start);
+        PanoramaScene scene;
+        scene.splitView = display != QLatin1String("normal");
+        scene.tv3dView = display == QLatin1String("3d");
+        VERIFY_PICTURE(player, scene, m_source);
+        player.keys({"h"});
+        // The lines on the graphics card; what shines through is darker than their letters.
+        const auto letters = [&] {
+            QImage part = player.screenshot().copy(QRect(300, 20, 320, 50));
+            for (int y = 0; y < part.height(); ++y) {
+                for (int x = 0; x < part.width(); ++x)
+                    part.setPixel(x, y, qGray(part.pixel(x, y)) > 150 ? qRgb(255, 255, 255) : 0);
+            }
+            return part;
+        };
+        const auto count = [](const QImage &image) {
+            int lit = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x)
+                    lit += qGray(image.pixel(x, y)) > 0;
+            }
+            return lit;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(count(letters()) > 300 && count(letters()) < 5000,
+                                 PlayerProcess::kPatienceMs);
+        QTest::qWait(300);
+        if (first.isNull())
+            first = letters();
+        QCOMPARE(letters(), first);
+    }
 }
 
 QTEST_MAIN(TestPanorama)
