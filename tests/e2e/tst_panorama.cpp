@@ -12,6 +12,23 @@ using Builder = VxShaderCodeBuilder;
 
 Q_DECLARE_METATYPE(PanoramaScene)
 
+namespace {
+
+/// The pixels of a part that are nearly white, each by its number.
+QSet<int> litPixels(const QImage &image, const QRect &part)
+{
+    QSet<int> lit;
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+        for (int x = part.left(); x <= part.right(); ++x) {
+            if (qGray(image.pixel(x, y)) > 150)
+                lit.insert(y * image.width() + x);
+        }
+    }
+    return lit;
+}
+
+} // namespace
+
 class TestPanorama : public QObject
 {
     Q_OBJECT
@@ -344,7 +361,7 @@ void TestPanorama::showsTextAboveThePanorama_data()
 void TestPanorama::showsTextAboveThePanorama()
 {
     QFETCH(QString, loop);
-    QImage first;
+    QSet<int> first;
     for (const char *display : {"normal", "split", "3d"}) {
         PlayerStart start;
         start.environment = QStringList{loop};
@@ -357,28 +374,15 @@ void TestPanorama::showsTextAboveThePanorama()
         VERIFY_PICTURE(player, scene, m_source);
         player.keys({"h"});
         // The lines on the graphics card; what shines through is darker than their letters.
-        const auto letters = [&] {
-            QImage part = player.screenshot().copy(QRect(300, 20, 320, 50));
-            for (int y = 0; y < part.height(); ++y) {
-                for (int x = 0; x < part.width(); ++x)
-                    part.setPixel(x, y, qGray(part.pixel(x, y)) > 150 ? qRgb(255, 255, 255) : 0);
-            }
-            return part;
-        };
-        const auto count = [](const QImage &image) {
-            int lit = 0;
-            for (int y = 0; y < image.height(); ++y) {
-                for (int x = 0; x < image.width(); ++x)
-                    lit += qGray(image.pixel(x, y)) > 0;
-            }
-            return lit;
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(count(letters()) > 300 && count(letters()) < 5000,
-                                 PlayerProcess::kPatienceMs);
+        const auto letters = [&] { return litPixels(player.screenshot(), {300, 20, 320, 50}); };
+        QTRY_VERIFY_WITH_TIMEOUT(letters().size() > 300, PlayerProcess::kPatienceMs);
         QTest::qWait(300);
-        if (first.isNull())
-            first = letters();
-        QCOMPARE(letters(), first);
+        const QSet<int> now = letters();
+        if (first.isEmpty())
+            first = now;
+        // Their edges take on the colour behind them.
+        const int same = QSet<int>(first).intersect(now).size();
+        QVERIFY2(same * 10 > first.size() * 8 && same * 10 > now.size() * 8, display);
     }
 }
 
