@@ -9,6 +9,10 @@
 #include <QFileInfo>
 #include <QImageReader>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -67,6 +71,8 @@ QImage decodeWithin(const QString &path, const QSize &limit)
     return reader.read();
 }
 
+constexpr int kNiceness = 5; // added to that of the process
+
 /// Threads of this file that are not at their end.
 std::atomic_int threadsAtWork{0};
 
@@ -89,6 +95,10 @@ struct PicturePrefetch::Decoding
 /// \a jpeg is the path in the file system's encoding, or empty if the name is not that of a JPEG.
 void PicturePrefetch::Decoding::run(const QString &path, const QByteArray &jpeg)
 {
+    // The picture is needed last of all that starts; with two processors the window system would
+    // often wait for this thread otherwise.
+    const auto thread = id_t(syscall(SYS_gettid));
+    setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + kNiceness);
     QImage result;
     try {
         if (!jpeg.isEmpty())
