@@ -4,6 +4,7 @@
 // a driver may offer.
 
 #include "tests/video/OffscreenGl.h"
+#include "video/DecoderTarget.h"
 #include "video/IntelMapTextureImp.h"
 #include "video/PboTextureImp.h"
 #include "video/PinnedMemoryTextureImp.h"
@@ -179,6 +180,7 @@ private Q_SLOTS:
     void fourBytePixels_data();
     void fourBytePixels();
     void frameThatIsNeverShown();
+    void nothingIsMadeBeforeTheFirstPicture();
     void bt601();
     void unknownConverterDrawsNothing();
 
@@ -479,6 +481,37 @@ void TestFrameTransfer::frameThatIsNeverShown()
     gl->glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, back.data());
     QVERIFY(back == std::vector<unsigned char>(back.size(), 2));
     QCOMPARE(m_functions->glGetError(), GLenum(GL_NO_ERROR));
+}
+
+// libvlc asks for formats that it then cannot deliver; each would cost a picture's memory.
+void TestFrameTransfer::nothingIsMadeBeforeTheFirstPicture()
+{
+    DecoderTarget target;
+    QVERIFY(target.makeCurrent(&m_gl->context, &m_gl->surface));
+    const auto objects = [] {
+        QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
+        int count = 0;
+        for (GLuint name = 1; name < 200; ++name)
+            count += gl->glIsTexture(name) + gl->glIsBuffer(name) + gl->glIsFramebuffer(name)
+                + gl->glIsProgram(name);
+        return count;
+    };
+    const int before = objects();
+    for (const VideoFormat format : {VideoFormat::BGRA, VideoFormat::I420}) {
+        QVERIFY(target.setUp(format, {64, 32}, false, false));
+        QCOMPARE(target.frame()->layout().pitches[0], format == VideoFormat::BGRA ? 256u : 64u);
+        QCOMPARE(objects(), before);
+    }
+    QVERIFY(target.map()[2]);
+    target.commit();
+    QVERIFY(target.draw() != 0);
+    QVERIFY(objects() > before);
+    target.drop();
+    target.makeCurrent();
+    QCOMPARE(objects(), before);
+    target.drop();
+    target.deleteContext();
+    QVERIFY(m_gl->context.makeCurrent(&m_gl->surface));
 }
 
 void TestFrameTransfer::bt601()
