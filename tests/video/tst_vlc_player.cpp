@@ -78,7 +78,6 @@ private Q_SLOTS:
     void sizeChangesMidway();
     void seekWhilePaused();
     void seekPastTheEnd();
-    void fileThatVanishes();
 
 private:
     QUrl clip(const QString &name, const QString &arguments)
@@ -430,24 +429,6 @@ void TestVlcPlayer::seekPastTheEnd()
     m_fixture->player->seek(100000000);
     QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Ended));
     QCOMPARE(m_fixture->errors, QStringList());
-}
-
-void TestVlcPlayer::fileThatVanishes()
-{
-    plainClip();
-    QVERIFY(
-        m_clips.write(QStringLiteral("vanishing.mp4"), m_clips.read(QStringLiteral("plain.mp4"))));
-    m_fixture->open(m_clips.url(QStringLiteral("vanishing.mp4")));
-    QVERIFY(m_fixture->waitForFrames(1));
-    QVERIFY(QFile::remove(m_clips.path(QStringLiteral("vanishing.mp4"))));
-    QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Ended));
-    // What a loop would do next.
-    m_fixture->forget();
-    m_fixture->player->restart();
-    QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Error));
-    QTest::qWait(300);
-    QCOMPARE(m_fixture->errors, QStringList(kUnknownError));
-    QCOMPARE(m_fixture->states.last(), int(VxVlcPlayerQml::Error));
 }
 
 QTEST_MAIN(TestVlcPlayer)
