@@ -230,7 +230,8 @@ void TestStreams::nobodyAnswers_data()
             QTest::addRow("%s: %s", scheme, action)
                 << QString::fromLatin1(scheme) << QString::fromLatin1(action) << kPatienceMs;
     }
-    // libvlc's plug-in does not hear of the stop, but gives up by itself after 5 seconds.
+    // The plug-in that takes this scheme here, for satellite receivers, does not hear of the stop,
+    // but gives up by itself after 5 seconds.
     QTest::newRow("rtsp: quit") << "rtsp"
                                 << "quit" << 5000 + kPatienceMs;
 }
