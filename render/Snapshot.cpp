@@ -66,7 +66,8 @@ QSize renderSize(const Request &request)
             break;
         }
     }
-    return limited(size, request.limit);
+    // Side by side, the eyes must fit into one texture.
+    return limited(size, {request.limit.width() / request.eyes, request.limit.height()});
 }
 
 QString folder(const QVariant &setting)

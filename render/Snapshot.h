@@ -20,6 +20,7 @@ struct Request
     float fov = 0; // degrees
     int projectionSource = 0; // VxShaderCodeBuilder::InputProjection
     int projection = 0; // VxShaderCodeBuilder::ShaderProjection
+    int eyes = 1; // side by side in one texture
 };
 
 /// The size at which one eye's picture shows the source about texel by texel, within the GPU's

@@ -35,6 +35,7 @@ QSize VistrelView::snapshotSize() const
                           .toSize();
     if (const auto *view = qobject_cast<VxQQuickView *>(m_context->window()))
         request.limit = view->maxTextureSize();
+    request.eyes = m_state.splitView ? 2 : 1;
     request.fov = controller->fov();
     request.projectionSource = builder->projectionSource();
     request.projection = builder->projection();

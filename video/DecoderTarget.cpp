@@ -75,22 +75,28 @@ bool DecoderTarget::setUp(VideoFormat format, const QSize &size, bool studioRang
 {
     m_converter.reset();
     m_framebuffer.reset();
+    m_size = size;
+    m_studioRange = studioRange;
+    m_tessarel = tessarel;
     m_frame = std::make_unique<VideoFrameBuffers>();
-    if (!m_frame->setUp(format, FrameLayout::paddedWidth(format, size.width()), size.height()))
-        return false;
-    if (const int source = converterFourcc(format)) {
-        m_framebuffer = std::make_unique<QOpenGLFramebufferObject>(
-            size, QOpenGLFramebufferObject::CombinedDepthStencil, GL_TEXTURE_2D);
-        m_converter = std::make_unique<YuvConverter>(source, fourcc("RGBA"), studioRange, tessarel);
-        if (!m_converter->isValid() || !m_framebuffer->isValid())
-            return false;
-    }
-    flush();
-    return true;
+    return m_frame->setUp(format, FrameLayout::paddedWidth(format, size.width()), size.height());
+}
+
+void DecoderTarget::makeConverter()
+{
+    const int source = converterFourcc(m_frame->layout().format);
+    if (source == kNoConverter)
+        return;
+    m_framebuffer = std::make_unique<QOpenGLFramebufferObject>(
+        m_size, QOpenGLFramebufferObject::CombinedDepthStencil, GL_TEXTURE_2D);
+    m_converter = std::make_unique<YuvConverter>(source, fourcc("RGBA"), m_studioRange, m_tessarel);
 }
 
 std::array<void *, 3> DecoderTarget::map()
 {
+    // Before the frame's memory is mapped: with it, textures cannot be made.
+    if (!m_converter)
+        makeConverter();
     const std::array<void *, 3> planes = m_frame->map();
     flush();
     return planes;
@@ -105,7 +111,8 @@ GLuint DecoderTarget::draw()
 {
     if (!m_converter)
         return m_frame->textureId();
-    m_framebuffer->bind();
+    if (!m_converter->isValid() || m_frame->textureId() == 0 || !m_framebuffer->bind())
+        return 0;
     m_converter->convert(m_frame->textureId(), m_framebuffer->width(), m_framebuffer->height());
     m_framebuffer->release();
     return m_framebuffer->texture();

@@ -37,8 +37,9 @@ public:
     void makeCurrent();
     bool hasExtension(const char *name) const;
 
-    /// Makes the frame and, for YUV, the converter and the framebuffer that it draws into;
-    /// four-byte pixels need neither. `studioRange` and `tessarel` as in the converter.
+    /// Lays out the frame; false when the driver has no room for it. `studioRange` and `tessarel`
+    /// as in the converter. Nothing is made before the first map(): libvlc tries formats that it
+    /// then cannot deliver, one after the other.
     bool setUp(VideoFormat format, const QSize &size, bool studioRange, bool tessarel);
 
     const VideoFrameBuffers *frame() const { return m_frame.get(); }
@@ -47,7 +48,8 @@ public:
     std::array<void *, 3> map();
     /// Moves the written picture into the frame's texture.
     void commit();
-    /// The texture that shows the committed picture, red and blue exchanged.
+    /// The texture that shows the committed picture, red and blue exchanged; 0 when the driver has
+    /// refused what that takes.
     GLuint draw();
     /// Hands what was asked so far to the card, so that other contexts see it.
     void flush();
@@ -60,9 +62,14 @@ public:
     void deleteContext();
 
 private:
+    void makeConverter();
+
     QOffscreenSurface *m_surface = nullptr; // the item's
     std::unique_ptr<QOpenGLContext> m_context;
     std::unique_ptr<QOpenGLFramebufferObject> m_framebuffer;
     std::unique_ptr<VideoFrameBuffers> m_frame;
-    std::unique_ptr<YuvConverter> m_converter;
+    std::unique_ptr<YuvConverter> m_converter; // null for four-byte pixels
+    QSize m_size;
+    bool m_studioRange = false;
+    bool m_tessarel = false;
 };

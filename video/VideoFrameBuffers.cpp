@@ -130,20 +130,25 @@ bool VideoFrameBuffers::setUp(VideoFormat format, int width, int height)
     m_internalFormat = yuv ? GL_R8 : format == VideoFormat::RV32 ? GL_RGB8 : GL_RGBA8;
     // Rows lie tight, whatever their length. The context is the decoder's own.
     gl->glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    // A driver that maps its textures dictates the pitch, and tells it with the first mapping.
+    return transfer() != Texture::IntelMap || create();
+}
+
+bool VideoFrameBuffers::create()
+{
+    m_created = true;
     if (!m_texture.create()
         || !m_texture.allocate(m_target, m_internalFormat, m_layout.textureWidth,
                                m_layout.textureHeight, m_pixelFormat, GL_UNSIGNED_BYTE))
         return false;
-    // A driver that maps its textures dictates the pitch.
     int stride = 0;
-    if (m_texture.map(&stride)) {
-        m_texture.unmap();
-        if (stride > 0)
-            m_layout.pitches[0] = static_cast<unsigned>(stride);
-        return true;
-    }
-    m_client = allocateMemory();
-    return m_client != nullptr;
+    m_begun = m_texture.map(&stride);
+    if (stride > 0)
+        m_layout.pitches[0] = static_cast<unsigned>(stride);
+    if (!m_begun)
+        m_client = allocateMemory();
+    m_usable = m_begun || m_client;
+    return m_usable;
 }
 
 std::unique_ptr<unsigned char[]> VideoFrameBuffers::allocateMemory() const
@@ -155,8 +160,10 @@ std::unique_ptr<unsigned char[]> VideoFrameBuffers::allocateMemory() const
 
 std::array<void *, 3> VideoFrameBuffers::map()
 {
+    if (!m_created)
+        create();
     // A picture that was locked and not displayed leaves its memory to the next.
-    if (!m_begun)
+    if (!m_begun && m_usable)
         m_begun = m_client ? m_client.get() : m_texture.map(nullptr);
     // The decoder writes in any case.
     if (!m_begun && !m_waste)

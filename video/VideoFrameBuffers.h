@@ -36,8 +36,8 @@ struct FrameLayout
 };
 
 /// The memory for one picture and the texture that it ends in. Every operation, construction and
-/// destruction included, needs the same context current. The frame road, from map() to commit(),
-/// allocates nothing.
+/// destruction included, needs the same context current. From the second picture on, the frame
+/// road from map() to commit() allocates nothing.
 class VideoFrameBuffers
 {
 public:
@@ -46,15 +46,17 @@ public:
     VideoFrameBuffers(const VideoFrameBuffers &) = delete;
     VideoFrameBuffers &operator=(const VideoFrameBuffers &) = delete;
 
-    /// Makes everything for pictures of this kind; once per object. False when the size is beyond
-    /// the driver's limits or something could not be made.
+    /// Lays out pictures of this kind; once per object. False when the size is beyond the driver's
+    /// limits. The memory and the texture are made with the first picture, unless the driver
+    /// dictates the layout.
     bool setUp(VideoFormat format, int width, int height);
 
     const FrameLayout &layout() const { return m_layout; }
 
     Texture::Transfer transfer() const { return m_texture.transfer(); }
 
-    GLuint textureId() const { return m_texture.textureId(); }
+    /// 0 before the first picture, and when the texture or its memory could not be made.
+    GLuint textureId() const { return m_usable ? m_texture.textureId() : 0; }
 
     /// Where the planes of the next picture are to be written. A picture that was begun and not
     /// committed is forgotten. When the driver gives no memory the picture goes to waste.
@@ -64,10 +66,13 @@ public:
     void commit(bool wait);
 
 private:
+    bool create();
     std::unique_ptr<unsigned char[]> allocateMemory() const;
 
     FrameLayout m_layout;
     Texture m_texture;
+    bool m_created = false;
+    bool m_usable = false; // created, and a picture can be written
     bool m_async = false;
     GLenum m_target = 0;
     GLint m_internalFormat = 0;

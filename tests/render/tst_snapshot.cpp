@@ -34,6 +34,7 @@ void tst_Snapshot::renderSize_data()
     QTest::addColumn<float>("fov");
     QTest::addColumn<int>("source");
     QTest::addColumn<int>("projection");
+    QTest::addColumn<int>("eyes");
     QTest::addColumn<QSize>("expected");
 
     const QSize wide(1000, 500);
@@ -41,8 +42,9 @@ void tst_Snapshot::renderSize_data()
     const QSize texture(7680, 3840);
     constexpr int kNone = 65536;
     const auto row = [](const char *name, QSize view, QSize source, int limit, float fov, int input,
-                        int output, QSize expected) {
-        QTest::newRow(name) << view << source << limit << fov << input << output << expected;
+                        int output, QSize expected, int eyes = 1) {
+        QTest::newRow(name) << view << source << limit << fov << input << output << eyes
+                            << expected;
     };
     row("rectilinear: a quarter of the sphere's width for 90 degrees of height", wide, texture,
         kNone, 90, Builder::EQUIRECTANGULAR, Builder::RECTILINEAR, {3840, 1920});
@@ -68,6 +70,8 @@ void tst_Snapshot::renderSize_data()
         Builder::EQUIRECTANGULAR, Builder::RECTILINEAR, {1920, 960});
     row("too high for the GPU: both sides shrink", tall, texture, 1920, 90,
         Builder::EQUIRECTANGULAR, Builder::RECTILINEAR, {960, 1920});
+    row("two eyes share the GPU's width", wide, texture, 1920, 90, Builder::EQUIRECTANGULAR,
+        Builder::RECTILINEAR, {960, 480}, 2);
     row("an unknown source size comes back", wide, {-1, -1}, kNone, 90, Builder::EQUIRECTANGULAR,
         Builder::RECTILINEAR, {-1, -1});
 }
@@ -80,11 +84,13 @@ void tst_Snapshot::renderSize()
     QFETCH(float, fov);
     QFETCH(int, source);
     QFETCH(int, projection);
+    QFETCH(int, eyes);
     QFETCH(QSize, expected);
     if (texture.width() < 0)
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^Invalid size")));
-    QCOMPARE(Snapshot::renderSize({view, texture, QSize(limit, limit), fov, source, projection}),
-             expected);
+    QCOMPARE(
+        Snapshot::renderSize({view, texture, QSize(limit, limit), fov, source, projection, eyes}),
+        expected);
 }
 
 void tst_Snapshot::folder_data()

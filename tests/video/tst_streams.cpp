@@ -68,6 +68,8 @@ private Q_SLOTS:
     void datagrams();
     void nobodyListens_data();
     void nobodyListens();
+    void nobodyAnswers_data();
+    void nobodyAnswers();
 
 private:
     void expectOneError();
@@ -216,6 +218,54 @@ void TestStreams::nobodyListens()
     m_fixture = std::make_unique<PlayerFixture>();
     m_fixture->open(QUrl(QStringLiteral("%1://127.0.0.1:%2/a").arg(scheme).arg(freeTcpPort())));
     expectOneError();
+}
+
+void TestStreams::nobodyAnswers_data()
+{
+    QTest::addColumn<QString>("scheme");
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<int>("patience");
+    for (const char *scheme : {"http", "https"}) {
+        for (const char *action : {"stop", "next", "quit"})
+            QTest::addRow("%s: %s", scheme, action)
+                << QString::fromLatin1(scheme) << QString::fromLatin1(action) << kPatienceMs;
+    }
+    // The plug-in that takes this scheme here, for satellite receivers, does not hear of the stop,
+    // but gives up by itself after 5 seconds.
+    QTest::newRow("rtsp: quit") << "rtsp"
+                                << "quit" << 5000 + kPatienceMs;
+}
+
+// Connected, and waiting for the first word.
+void TestStreams::nobodyAnswers()
+{
+    QFETCH(QString, scheme);
+    QFETCH(QString, action);
+    QFETCH(int, patience);
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    m_fixture = std::make_unique<PlayerFixture>();
+    for (const bool paused : {false, true}) {
+        if (!m_fixture)
+            m_fixture = std::make_unique<PlayerFixture>();
+        m_fixture->open(
+            QUrl(QStringLiteral("%1://127.0.0.1:%2/a").arg(scheme).arg(server.serverPort())));
+        QVERIFY(server.waitForNewConnection(5000));
+        server.nextPendingConnection(); // stays open with the server
+        QElapsedTimer elapsed;
+        elapsed.start();
+        if (paused)
+            m_fixture->player->pause();
+        if (action == QLatin1String("stop"))
+            m_fixture->player->stop();
+        else if (action == QLatin1String("next"))
+            m_fixture->open(m_clips.url(QStringLiteral("clip.mp4")));
+        else
+            m_fixture.reset();
+        QVERIFY(elapsed.elapsed() < patience);
+        if (action == QLatin1String("next"))
+            QVERIFY(m_fixture->waitForFrames(1));
+    }
 }
 
 QTEST_MAIN(TestStreams)
