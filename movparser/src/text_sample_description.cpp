@@ -53,6 +53,7 @@ void TextSampleDescription::PrintToString(std::string *out, uint32_t depth) cons
     const PrintBlock block(out, depth, "TextSampleDescription");
     SampleDescription::PrintToString(out, block.Depth());
     PrintLine(out, block.Depth(), "DisplayFlags: %u", displayFlags);
+    // Spelled so in every dump there is; programs that compare dumps rely on it.
     PrintLine(out, block.Depth(), "TextJustificiation: %d",
               textJustification); // readers know it so
     PrintLine(out, block.Depth(), "BackgroundColor: %d %d %d", backgroundColor[0],
