@@ -54,8 +54,7 @@ void TextSampleDescription::PrintToString(std::string *out, uint32_t depth) cons
     SampleDescription::PrintToString(out, block.Depth());
     PrintLine(out, block.Depth(), "DisplayFlags: %u", displayFlags);
     // Spelled so in every dump there is; programs that compare dumps rely on it.
-    PrintLine(out, block.Depth(), "TextJustificiation: %d",
-              textJustification); // readers know it so
+    PrintLine(out, block.Depth(), "TextJustificiation: %d", textJustification);
     PrintLine(out, block.Depth(), "BackgroundColor: %d %d %d", backgroundColor[0],
               backgroundColor[1], backgroundColor[2]);
     PrintLine(out, block.Depth(), "DefaultTextBox: %d %d %d %d", defaultTextBox[0],
