@@ -211,11 +211,11 @@ QString MovieReport::toText() const
     return text;
 }
 
-QString MovieReport::treeToText() const
+std::string MovieReport::treeToText() const
 {
     std::string tree;
     m_reader.Movie().PrintToString(&tree, 0);
-    return printable(QString::fromStdString(tree), QStringLiteral("\n\t"));
+    return printableLines(tree);
 }
 
 QString MovieReport::makerReason() const

@@ -33,7 +33,7 @@ public:
     QString toText() const;
 
     /// The library's own dump of the atom tree, made safe for a terminal.
-    QString treeToText() const;
+    std::string treeToText() const;
 
 private:
     QString makerReason() const;

@@ -78,6 +78,8 @@ bool MovieTagger::scan(uint64_t fileSize)
             // The media data of a cut recording claims more than the file has.
             atom.size = header.size == 0 ? left : std::min(header.size, left);
         }
+        if (m_atoms.size() == RawAtom::kMaxAtoms)
+            throw TooManyAtoms();
         m_atoms.push_back(atom);
         position += atom.size;
     }

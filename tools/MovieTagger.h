@@ -13,7 +13,8 @@
 
 class OutputFile;
 
-/// One film: `read`, then `apply`, then `write`. Each returns false with `errorString` set.
+/// One film: `read`, then `apply`, then `write`. Each returns false with `errorString` set, and
+/// throws TooManyAtoms, or std::bad_alloc when memory ends.
 class MovieTagger
 {
 public:

@@ -40,13 +40,18 @@ bool RawAtom::split(size_t fieldBytes)
         return true;
     if (fields.size() < fieldBytes)
         return false;
+    if (!m_atomsLeft)
+        m_atomsLeft = std::make_shared<size_t>(kMaxAtoms);
     size_t at = fieldBytes;
     AtomHeader header;
     while (header.parse(fields.data() + at, fields.size() - at) && header.size != 0
            && header.size <= fields.size() - at) {
+        if ((*m_atomsLeft)-- == 0)
+            throw TooManyAtoms();
         const auto begin = fields.cbegin() + static_cast<ptrdiff_t>(at);
         RawAtom atom;
         atom.type = header.type;
+        atom.m_atomsLeft = m_atomsLeft;
         atom.fields.assign(begin + static_cast<ptrdiff_t>(header.headerSize),
                            begin + static_cast<ptrdiff_t>(header.size));
         children.push_back(std::move(atom));

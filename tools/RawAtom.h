@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
+#include <memory>
 #include <vector>
 
 /// Big-endian numbers at `at`, which must have `bytes` (1 to 8) bytes.
@@ -24,16 +26,27 @@ struct AtomHeader
     bool parse(const uint8_t *at, uint64_t available);
 };
 
+/// Thrown where a film consists of more atoms than one that anybody made.
+class TooManyAtoms : public std::exception
+{
+public:
+    const char *what() const noexcept override { return "has too many atoms"; }
+};
+
 /// A node of the tree: a leaf until `split` makes a container of it.
 struct RawAtom
 {
+    /// As many atoms as one tree, its copies included, may be taken apart into: each costs a
+    /// multiple of the eight bytes that it takes in a file.
+    static constexpr size_t kMaxAtoms = 1000000;
+
     uint32_t type = 0;
     std::vector<uint8_t> fields; ///< A leaf's payload, or what precedes a container's first child.
     std::vector<RawAtom> children;
     std::vector<uint8_t> tail; ///< What follows the last child and is no atom.
 
     /// Takes the payload apart into children that begin behind `fieldBytes` bytes. A second call
-    /// changes nothing. False where the payload is shorter than that.
+    /// changes nothing. False where the payload is shorter than that. Throws TooManyAtoms.
     bool split(size_t fieldBytes);
 
     /// The first child of a type, or null.
@@ -44,4 +57,5 @@ struct RawAtom
 
 private:
     bool m_isContainer = false;
+    std::shared_ptr<size_t> m_atomsLeft; ///< Of the whole tree; made by the first split.
 };

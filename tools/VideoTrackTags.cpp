@@ -188,12 +188,13 @@ bool findNodes(RawAtom *movie, size_t trackIndex, TrackNodes *nodes)
 
 bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why, QStringList *lost)
 {
+    // Before it is taken apart: what the library refuses is not worth the memory.
     MovieAtom parsed;
-    movie->split(0);
     if (!parse(*movie, &parsed)) {
         *why = QStringLiteral("has a movie atom that cannot be read");
         return false;
     }
+    movie->split(0);
     TrackAtom *track = parsed.FindTrack(FourCC("vide"));
     TrackNodes nodes;
     if (!track || !findNodes(movie, static_cast<size_t>(track - parsed.tracks.data()), &nodes)) {

@@ -30,12 +30,14 @@ enum class Form {
 bool printReport(const QString &path, Form form)
 {
     const MovieReport report(path);
-    QByteArray text = form == Form::kJson
+    const QByteArray text = form == Form::kJson
         ? QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) + '\n'
         : report.toText().toUtf8();
-    if (form == Form::kTree && report.opened())
-        text += report.treeToText().toUtf8();
     std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
+    if (form == Form::kTree && report.opened()) {
+        const std::string tree = report.treeToText();
+        std::fwrite(tree.data(), 1, tree.size(), stdout);
+    }
     // The library reports failures on standard error: keep both streams in order in a pipe.
     std::fflush(stdout);
     return report.opened();

@@ -21,6 +21,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <new>
 
 using namespace Tavro::MovParserLib;
 
@@ -173,5 +174,13 @@ int main(int argc, char **argv)
         sigaction(signal, &action, nullptr);
     // A file that may not grow any more is an error like a full disk.
     signal(SIGXFSZ, SIG_IGN);
-    return tag(QFile::decodeName(argv[optind]), QFile::decodeName(argv[optind + 1]), tags);
+    const QString in = QFile::decodeName(argv[optind]);
+    try {
+        return tag(in, QFile::decodeName(argv[optind + 1]), tags);
+    } catch (const TooManyAtoms &error) {
+        return complain(in + QStringLiteral(": ") + QLatin1String(error.what()));
+    } catch (const std::bad_alloc &) {
+        std::fputs("tavro-mp4tag: there is not enough memory\n", stderr);
+        return 1;
+    }
 }

@@ -119,12 +119,14 @@ void writeAt(int file, uint64_t position, const std::vector<uint8_t> &bytes)
 } // namespace
 
 SparseMovie::SparseMovie(const std::string &folder, uint32_t samples)
-    : m_path(folder + "/sparse_movie_XXXXXX")
-    , m_samples(samples)
+    : m_samples(samples)
 {
-    const int file = mkstemp(m_path.data());
-    if (file < 0)
+    std::string name = folder + "/sparse_movie_XXXXXX";
+    m_file = mkstemp(name.data());
+    if (m_file < 0)
         throw std::runtime_error("cannot make a file in " + folder);
+    unlink(name.c_str());
+    m_path = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(m_file);
     const std::vector<uint8_t> movie = makeMovie();
     AtomWriter head;
     head.begin("ftyp");
@@ -140,19 +142,17 @@ SparseMovie::SparseMovie(const std::string &folder, uint32_t samples)
     head.text("mdat");
     head.number(m_moviePosition - mediaPosition, 8);
     try {
-        writeAt(file, 0, head.take());
-        writeAt(file, m_moviePosition, movie);
+        writeAt(m_file, 0, head.take());
+        writeAt(m_file, m_moviePosition, movie);
     } catch (const std::runtime_error &) {
-        close(file);
-        unlink(m_path.c_str());
+        close(m_file);
         throw;
     }
-    close(file);
 }
 
 SparseMovie::~SparseMovie()
 {
-    unlink(m_path.c_str());
+    close(m_file);
 }
 
 std::vector<uint8_t> SparseMovie::makeMovie()

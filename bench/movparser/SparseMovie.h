@@ -15,7 +15,8 @@ struct EntryTable
     unsigned width = 4; ///< Bytes of a number.
 };
 
-/// A sparse film on the disk for as long as the object lives.
+/// A sparse film on the disk for as long as the object lives. Only the open file keeps it there: a
+/// run that is killed leaves nothing behind.
 class SparseMovie
 {
 public:
@@ -26,6 +27,7 @@ public:
     SparseMovie(const SparseMovie &) = delete;
     SparseMovie &operator=(const SparseMovie &) = delete;
 
+    /// A name by which this process and others open the film.
     const std::string &path() const { return m_path; }
 
     uint32_t samples() const { return m_samples; }
@@ -44,6 +46,7 @@ private:
     std::vector<uint8_t> makeMovie();
 
     std::string m_path;
+    int m_file = -1;
     uint32_t m_samples;
     uint64_t m_moviePosition = 0;
     uint64_t m_movieSize = 0;

@@ -41,7 +41,9 @@ uint64_t CompositionOffsetsAtom::GetSize() const
 
 MovAtom::Error CompositionOffsetsAtom::AddEntry(uint32_t count, int32_t delta)
 {
-    const bool longer = !entries.empty() && entries.back().sampleDelta == delta;
+    // A run that would count more than its field holds begins another.
+    const bool longer = !entries.empty() && entries.back().sampleDelta == delta
+        && count <= UINT32_MAX - entries.back().sampleCount;
     const bool added = longer
         ? entries.Set(entries.size() - 1, {entries.back().sampleCount + count, delta})
         : entries.push_back({count, delta});

@@ -10,8 +10,10 @@ MovAtom::Error DataReference::Read(FileBuffer &buffer)
 {
     const ReadScope scope(buffer);
     MOV_READ(scope, MovFullAtom::Read(buffer));
-    // A size that ends within the preamble would let the entries stand still.
-    if (size < scope.Consumed())
+    // A size that ends within the preamble would let the entries stand still. One that ends within
+    // version and flags has the next entry overlap them, as everywhere.
+    constexpr uint64_t kPreamble = 8;
+    if (size < kPreamble)
         return scope.Fail();
     MOV_READ(scope, ReadBytes(buffer, scope.Remaining(size), &data));
     return scope.Finish(size);

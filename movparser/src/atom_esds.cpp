@@ -275,7 +275,8 @@ uint64_t EsdsAtom::DecoderConfigLength() const
 
 void EsdsAtom::PrintToString(std::string *out, uint32_t depth) const
 {
-    const PrintBlock block(out, depth, "SoundSampleDescription::EsdsAtom");
+    // Dumps have always closed with the longer name: what takes them apart looks for it.
+    const PrintBlock block(out, depth, "EsdsAtom", "SoundSampleDescription::EsdsAtom");
     const uint32_t d = block.Depth();
     const auto &es = ES_Descriptor;
     const auto &config = decoderConfigDescriptor;

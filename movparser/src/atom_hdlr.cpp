@@ -54,6 +54,7 @@ void HandlerReferenceAtom::PrintToString(std::string *out, uint32_t depth) const
     const PrintBlock block(out, depth, "HandlerReferenceAtom");
     MovFullAtom::PrintToString(out, block.Depth());
     PrintFourCC(out, block.Depth(), "ComponentType: ", componentType);
+    // Spelled so in every dump there is; programs that compare dumps rely on it.
     PrintFourCC(out, block.Depth(), "ComponentSubype: ", componentSubtype);
     PrintFourCC(out, block.Depth(), "ComponentManufacturer: ", componentManufacturer);
     PrintLine(out, block.Depth(), "ComponentFlags: %d", componentFlags);

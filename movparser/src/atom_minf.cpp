@@ -9,6 +9,8 @@ template <class Header> MovAtom::Error KindOfMediaInformationAtom<Header>::Creat
 {
     return OrNoMemory([this] {
         header = std::make_unique<Header>();
+        if constexpr (std::is_same_v<Header, BaseMediaInformationHeaderAtom>)
+            header->mediaInfo.Ensure(); // readers of other makes insist on it
         dataHandler = std::make_unique<HandlerReferenceAtom>(
             HandlerReferenceAtom::kDataHandler, HandlerReferenceAtom::kAliasSubtype, std::string());
         DataReference self;

@@ -64,17 +64,17 @@ void PrintFourCC(std::string *out, uint32_t depth, const char *label, uint32_t v
               static_cast<char>(value));
 }
 
-PrintBlock::PrintBlock(std::string *out, uint32_t depth, const char *name)
+PrintBlock::PrintBlock(std::string *out, uint32_t depth, const char *name, const char *endName)
     : m_out(out)
     , m_depth(depth)
-    , m_name(name)
+    , m_endName(endName)
 {
-    PrintLine(m_out, m_depth, "***** %s Begin", m_name);
+    PrintLine(m_out, m_depth, "***** %s Begin", name);
 }
 
 PrintBlock::~PrintBlock()
 {
-    PrintLine(m_out, m_depth, "***** %s End", m_name);
+    PrintLine(m_out, m_depth, "***** %s End", m_endName);
 }
 
 } // namespace Tavro::MovParserLib

@@ -39,7 +39,12 @@ void PrintTable(std::string *out, uint32_t depth, const char *label, const Table
 class PrintBlock
 {
 public:
-    PrintBlock(std::string *out, uint32_t depth, const char *name);
+    PrintBlock(std::string *out, uint32_t depth, const char *name)
+        : PrintBlock(out, depth, name, name)
+    { }
+
+    /// For the one class whose two lines bear different names.
+    PrintBlock(std::string *out, uint32_t depth, const char *name, const char *endName);
     ~PrintBlock();
     PrintBlock(const PrintBlock &) = delete;
     PrintBlock &operator=(const PrintBlock &) = delete;
@@ -56,7 +61,7 @@ public:
 private:
     std::string *m_out;
     uint32_t m_depth;
-    const char *m_name;
+    const char *m_endName;
 };
 
 } // namespace Tavro::MovParserLib

@@ -43,14 +43,15 @@ MovAtom::Error spatialAudioAtom::Write(FileBuffer &buffer)
     // Asked before memory is taken for a map that would not fit anyway.
     if (ambisonic_order > kMaxOrder || GetSize() > buffer.BytesLeft())
         return ERROR_ATOM_WRITE_FAILED;
-    num_channels = WrittenChannels();
-    if (channel_map.empty()) {
-        channel_map.resize(num_channels);
-        if (ambisonic_channel_ordering == 0)
+    MOV_WRITE(OrNoMemory([this] {
+        const bool isNew = channel_map.empty();
+        // The order may ask for another number of channels than the map has; the new ones are 0.
+        channel_map.resize(WrittenChannels());
+        if (isNew && ambisonic_channel_ordering == 0)
             std::iota(channel_map.begin(), channel_map.end(), 0);
-    }
-    // The order may ask for another number of channels than the map has; the new ones are 0.
-    channel_map.resize(num_channels);
+        return ERROR_OKAY;
+    }));
+    num_channels = WrittenChannels();
     MOV_WRITE(MovAtom::Write(buffer));
     MOV_WRITE(
         WriteFields(buffer,

@@ -43,7 +43,9 @@ uint64_t TimeToSampleAtom::GetSize() const
 
 MovAtom::Error TimeToSampleAtom::AddEntry(uint32_t count, uint32_t duration)
 {
-    const bool longer = !entries.empty() && entries.back().sampleDuration == duration;
+    // A run that would count more than its field holds begins another.
+    const bool longer = !entries.empty() && entries.back().sampleDuration == duration
+        && count <= UINT32_MAX - entries.back().sampleCount;
     const bool added = longer
         ? entries.Set(entries.size() - 1, {entries.back().sampleCount + count, duration})
         : entries.push_back({count, duration});
@@ -81,8 +83,11 @@ MovAtom::Error TimeToSampleAtom::GetSampleIndex(uint64_t time, uint32_t *index) 
         const TimeToSampleTableEntry entry = entries[m_cursor.entry];
         const uint64_t length = uint64_t(entry.sampleCount) * entry.sampleDuration;
         if (time - m_cursor.time < length) {
-            *index = static_cast<uint32_t>(m_cursor.samples
-                                           + (time - m_cursor.time) / entry.sampleDuration);
+            const uint64_t number =
+                m_cursor.samples + (time - m_cursor.time) / entry.sampleDuration;
+            if (number > UINT32_MAX)
+                return ERROR_INVALID_RET_VAL; // no track counts so many
+            *index = static_cast<uint32_t>(number);
             return ERROR_OKAY;
         }
         m_cursor.Pass(entry.sampleCount, entry.sampleDuration);

@@ -65,16 +65,22 @@ public:
 
     AtomTable() = default;
 
+    // A constructor has no code to return: without memory these throw std::bad_alloc.
+
     AtomTable(std::initializer_list<T> entries)
     {
-        for (const T &entry : entries)
-            static_cast<void>(push_back(entry));
+        for (const T &entry : entries) {
+            if (!push_back(entry))
+                throw std::bad_alloc();
+        }
     }
 
     AtomTable(const AtomTable &other)
     {
-        if (other.m_size == 0 || !Reserve(other.m_size))
+        if (other.m_size == 0)
             return;
+        if (!Reserve(other.m_size))
+            throw std::bad_alloc();
         m_size = other.m_size;
         std::memcpy(m_bytes.get(), other.Bytes(), SizeInFile());
     }
@@ -156,7 +162,9 @@ public:
     /// The bytes of all entries in the file.
     uint64_t SizeInFile() const { return m_size * Width(); }
 
-    /// The count is held against the bytes left before memory is taken for it.
+    /// The count is held against the bytes left before memory is taken for it. Bytes that stay
+    /// where they are count as taken too: of tables that overlap, each is walked, printed and
+    /// copied whole.
     [[nodiscard]] MovAtom::Error Read(FileBuffer &buffer, uint64_t count)
     {
         clear();
@@ -165,13 +173,13 @@ public:
         if (count > buffer.BytesLeft() / Width())
             return MovAtom::ERROR_ATOM_READ_FAILED;
         const uint8_t *bytes = buffer.ReadInPlace(count * Width());
-        if (!bytes)
+        if (!bytes || !buffer.TakeMemory(count * Width()))
             return MovAtom::ERROR_ATOM_READ_FAILED;
         m_owner = buffer.GetOwner();
         if (m_owner) {
             m_shared = bytes;
         } else {
-            if (!buffer.TakeMemory(count * Width()) || !Reserve(count))
+            if (!Reserve(count))
                 return MovAtom::ERROR_ATOM_READ_FAILED;
             std::memcpy(m_bytes.get(), bytes, count * Width());
         }

@@ -44,6 +44,7 @@ void TimeCodeMediaInformationAtom::PrintToString(std::string *out, uint32_t dept
     PrintLine(out, block.Depth(), "BackgroundColor: %d %d %d", backgroundColor[0],
               backgroundColor[1], backgroundColor[2]);
     PrintLine(out, block.Depth(), "Name: %s", name.c_str());
+    // Spelled so, and printed last, in every dump there is; programs that compare them rely on it.
     PrintLine(out, block.Depth(), "resered: %d", reserved);
 }
 

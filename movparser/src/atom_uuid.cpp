@@ -7,8 +7,10 @@
 #include <QString>
 
 #include <algorithm>
+#include <cinttypes>
 #include <climits>
 #include <cmath>
+#include <cstdio>
 
 namespace Tavro::MovParserLib {
 
@@ -17,11 +19,11 @@ namespace {
 constexpr std::array<uint8_t, 16> kIdentifier = {0xff, 0xcc, 0x82, 0x63, 0xf8, 0x55, 0x4a, 0x93,
                                                  0x88, 0x14, 0x58, 0x7a, 0x02, 0x52, 0x1f, 0xdd};
 
-constexpr char kDocumentBegin[] =
+constexpr std::string_view kDocumentBegin =
     "<?xml version=\"1.0\"?>"
     "<rdf:SphericalVideo xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\""
     " xmlns:GSpherical=\"http://ns.google.com/videos/1.0/spherical/\">";
-constexpr char kDocumentEnd[] = "</rdf:SphericalVideo>";
+constexpr std::string_view kDocumentEnd = "</rdf:SphericalVideo>";
 constexpr char kMono[] = "mono";
 
 std::string OpeningTag(const char *name)
@@ -32,11 +34,6 @@ std::string OpeningTag(const char *name)
 std::string ClosingTag(const char *name)
 {
     return std::string("</GSpherical:") + name + ">";
-}
-
-std::string Element(const char *name, const std::string &value)
-{
-    return OpeningTag(name) + value + ClosingTag(name);
 }
 
 /// The text between the last opening and the last closing tag, if there is one. A tag at the very
@@ -102,12 +99,46 @@ void sphericalVideoLegacyAtom::TakeElements(std::string_view document)
         SourceCount = Latin1(value).toUInt(); // 0 if it is no number
 }
 
+template <class Visit> void sphericalVideoLegacyAtom::ForEachPart(Visit &&visit) const
+{
+    const auto element = [&visit](std::string_view name, std::string_view value) {
+        for (const std::string_view part :
+             {std::string_view("<GSpherical:"), name, std::string_view(">"), value,
+              std::string_view("</GSpherical:"), name, std::string_view(">")})
+            visit(part);
+    };
+    const auto number = [&element](std::string_view name, int64_t value) {
+        char digits[24];
+        const int length = std::snprintf(digits, sizeof digits, "%" PRId64, value);
+        element(name, {digits, static_cast<size_t>(length)});
+    };
+    visit(kDocumentBegin);
+    element("Spherical", "true");
+    element("Stitched", "true");
+    element("StitchingSoftware", StitchingSoftware);
+    element("ProjectionType", "equirectangular");
+    if (SourceCount != 0)
+        number("SourceCount", SourceCount);
+    if (StereoMode != kMono)
+        element("StereoMode", StereoMode);
+    if (pose_yaw_degrees != 0 || pose_pitch_degrees != 0 || pose_roll_degrees != 0) {
+        number("InitialViewHeadingDegrees", pose_yaw_degrees);
+        number("InitialViewPitchDegrees", pose_pitch_degrees);
+        number("InitialViewRollDegrees", pose_roll_degrees);
+    }
+    visit(kDocumentEnd);
+}
+
 MovAtom::Error sphericalVideoLegacyAtom::Write(FileBuffer &buffer)
 {
-    const std::string document = Document();
     MOV_WRITE(MovAtom::Write(buffer));
     MOV_WRITE(WriteFields(buffer, std::tie(kIdentifier)));
-    return WriteBytes(buffer, document.data(), document.size());
+    Error error = ERROR_OKAY;
+    ForEachPart([&](std::string_view part) {
+        if (error == ERROR_OKAY)
+            error = WriteBytes(buffer, part.data(), part.size());
+    });
+    return error;
 }
 
 void sphericalVideoLegacyAtom::PrintToString(std::string *out, uint32_t depth) const
@@ -124,7 +155,9 @@ void sphericalVideoLegacyAtom::PrintToString(std::string *out, uint32_t depth) c
 
 uint64_t sphericalVideoLegacyAtom::GetSize() const
 {
-    return MovAtom::GetSize() + kIdentifier.size() + Document().size();
+    uint64_t bytes = MovAtom::GetSize() + kIdentifier.size();
+    ForEachPart([&bytes](std::string_view part) { bytes += part.size(); });
+    return bytes;
 }
 
 uint32_t sphericalVideoLegacyAtom::GetStereoMode() const
@@ -152,25 +185,6 @@ void sphericalVideoLegacyAtom::SetPose(float yaw, float pitch, float roll)
     pose_yaw_degrees = WholeDegrees(yaw);
     pose_pitch_degrees = WholeDegrees(pitch);
     pose_roll_degrees = WholeDegrees(roll);
-}
-
-std::string sphericalVideoLegacyAtom::Document() const
-{
-    std::string document = kDocumentBegin;
-    document += Element("Spherical", "true");
-    document += Element("Stitched", "true");
-    document += Element("StitchingSoftware", StitchingSoftware);
-    document += Element("ProjectionType", "equirectangular");
-    if (SourceCount != 0)
-        document += Element("SourceCount", std::to_string(SourceCount));
-    if (StereoMode != kMono)
-        document += Element("StereoMode", StereoMode);
-    if (pose_yaw_degrees != 0 || pose_pitch_degrees != 0 || pose_roll_degrees != 0) {
-        document += Element("InitialViewHeadingDegrees", std::to_string(pose_yaw_degrees));
-        document += Element("InitialViewPitchDegrees", std::to_string(pose_pitch_degrees));
-        document += Element("InitialViewRollDegrees", std::to_string(pose_roll_degrees));
-    }
-    return document + kDocumentEnd;
 }
 
 } // namespace Tavro::MovParserLib

@@ -65,8 +65,9 @@ public:
 
 private:
     void TakeElements(std::string_view document);
-    /// The XML document without a terminator. The size is measured on it, so that the two agree.
-    std::string Document() const;
+    /// Hands out the XML document, without a terminator, part by part. It is written and measured
+    /// through this one function, so that the two agree, and takes no memory.
+    template <class Visit> void ForEachPart(Visit &&visit) const;
 };
 
 } // namespace Tavro::MovParserLib

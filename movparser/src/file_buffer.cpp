@@ -15,6 +15,9 @@ void FileBuffer::TransferTo(FileBuffer &target)
     target.MoveTo(position);
     target.read_budget = read_budget;
     target.memory_budget = memory_budget;
+    // Neither keeps the block alive: it has moved to where only `target` does.
+    owner.reset();
+    target.owner.reset();
     Free();
 }
 

@@ -25,7 +25,7 @@ public:
     FileBuffer(FileBuffer &other) = default;
     FileBuffer &operator=(FileBuffer &other) = default;
 
-    /// As in the base class, with the cursor.
+    /// As in the base class, with the cursor; both buffers are without an owner afterwards.
     void TransferTo(FileBuffer &target);
     void Free();
 

@@ -85,6 +85,7 @@ GenericBuffer::Error GenericBuffer::Alloc(unsigned long size, unsigned long want
     }
     buffer_size = size;
     alignment = wanted_alignment;
+    block_allocator = external ? nullptr : allocator;
     return ERROR_OKAY;
 }
 
@@ -99,14 +100,15 @@ GenericBuffer::Error GenericBuffer::SetAllocator(BufferAllocator *new_allocator)
 void GenericBuffer::Free()
 {
     if (buffer && !external) {
-        if (!allocator)
+        if (!block_allocator)
             std::free(buffer);
         else if (alignment != 0)
-            allocator->FreeAligned(buffer);
+            block_allocator->FreeAligned(buffer);
         else
-            allocator->Free(buffer);
+            block_allocator->Free(buffer);
     }
     buffer = nullptr;
+    block_allocator = nullptr;
     buffer_size = 0;
     alignment = 0;
     external = false;
@@ -119,6 +121,7 @@ void GenericBuffer::Adopt(const GenericBuffer &other)
     alignment = other.alignment;
     external = other.external;
     allocator = other.allocator;
+    block_allocator = other.block_allocator;
 }
 
 } // namespace Tavro::MovParserLib

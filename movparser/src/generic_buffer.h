@@ -54,7 +54,8 @@ public:
     /// block is given. A size of 0 is for empty buffers only and changes nothing.
     [[nodiscard]] Error Alloc(unsigned long size, unsigned long alignment, void *external_block);
 
-    /// Fails with ERROR_ALLOCATOR_EXISTS once an allocator is set.
+    /// Fails with ERROR_ALLOCATOR_EXISTS once an allocator is set. A block that is held goes back
+    /// to where it came from all the same.
     [[nodiscard]] Error SetAllocator(BufferAllocator *allocator);
 
     /// Gives the block back unless it is external; the buffer is empty afterwards.
@@ -73,6 +74,8 @@ protected:
     BufferAllocator *allocator = nullptr;
 
 private:
+    BufferAllocator *block_allocator = nullptr; ///< Where the block came from; null for the heap.
+
     void Adopt(const GenericBuffer &other);
 };
 

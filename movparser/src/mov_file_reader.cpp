@@ -14,6 +14,11 @@ namespace {
 
 constexpr uint32_t kVideo = FourCC("vide");
 
+// Each atom of the top level costs a read of the file. Films have a few, long recordings in
+// fragments some thousands, most of them behind the `moov`; a file of nothing but tiny atoms must
+// not keep its reader busy.
+constexpr int kMaxTopLevelAtoms = 1 << 15;
+
 } // namespace
 
 uint32_t MovFileReader::Report(MovAtom::Error error)
@@ -31,6 +36,15 @@ uint32_t MovFileReader::NoTrack()
     return ReportError(kAtomDomain, MovAtom::ERROR_INVALID_RET_VAL);
 }
 
+template <class Act> uint32_t MovFileReader::Guarded(Act &&act)
+{
+    try {
+        return act();
+    } catch (const std::bad_alloc &) {
+        return ReportError(kFileReaderDomain, FileReader::ERROR_GENERAL_ALLOC);
+    }
+}
+
 MovFileReader::~MovFileReader()
 {
     reader.Close();
@@ -38,7 +52,7 @@ MovFileReader::~MovFileReader()
 
 uint32_t MovFileReader::Open(const char *path)
 {
-    return Open(QString::fromUtf8(path));
+    return Guarded([&] { return Open(QString::fromUtf8(path)); });
 }
 
 uint32_t MovFileReader::Open(const QString &path)
@@ -46,12 +60,10 @@ uint32_t MovFileReader::Open(const QString &path)
     static_cast<void>(reader.Close());
     movie = MovieAtom();
     moov_position = 0;
-    try {
-        return Parse(path);
-    } catch (const std::bad_alloc &) {
-        movie = MovieAtom();
-        return ReportError(kFileReaderDomain, FileReader::ERROR_GENERAL_ALLOC);
-    }
+    const uint32_t error = Guarded([&] { return Parse(path); });
+    if (error != 0)
+        movie = MovieAtom(); // the tracks in front of a broken one must not answer
+    return error;
 }
 
 uint32_t MovFileReader::Parse(const QString &path)
@@ -73,23 +85,20 @@ uint32_t MovFileReader::Parse(const QString &path)
     if (read != FileReader::ERROR_OKAY)
         return ReportError(kFileReaderDomain, read);
     const MovAtom::Error parsed = movie.Read(*buffer);
-    if (parsed != MovAtom::ERROR_OKAY) {
-        movie = MovieAtom(); // the tracks in front of the broken one must not answer
+    if (parsed != MovAtom::ERROR_OKAY)
         return ReportError(kAtomDomain, parsed);
-    }
     moov_position = position;
     return 0;
 }
 
-uint32_t MovFileReader::ReadAtomHeaderAt(uint64_t position, AtomHeader *header)
+uint32_t MovFileReader::ReadAtomHeaderAt(uint64_t position, FileBuffer *buffer, AtomHeader *header)
 {
-    FileBuffer buffer;
-    const FileReader::Error error = reader.Read(buffer, static_cast<int64_t>(position), 16);
+    const FileReader::Error error = reader.Read(*buffer, static_cast<int64_t>(position), 16);
     if (error != FileReader::ERROR_OKAY)
         return error;
     uint32_t size32 = 0;
     uint64_t size64 = 0;
-    if (ReadFields(buffer, std::tie(size32, header->type, size64)) != MovAtom::ERROR_OKAY)
+    if (ReadFields(*buffer, std::tie(size32, header->type, size64)) != MovAtom::ERROR_OKAY)
         return FileReader::ERROR_READ_FAILED;
     header->size = size32 == 1 ? size64 : size32;
     // No file ends behind what a signed position can say; a larger size must not wrap.
@@ -101,9 +110,11 @@ uint32_t MovFileReader::ReadAtomHeaderAt(uint64_t position, AtomHeader *header)
 
 uint32_t MovFileReader::Locate(uint32_t type, uint64_t *position, uint64_t *size)
 {
-    for (uint64_t next = 0;;) {
+    FileBuffer buffer;
+    uint64_t next = 0;
+    for (int i = 0; i < kMaxTopLevelAtoms; ++i) {
         AtomHeader header;
-        const uint32_t error = ReadAtomHeaderAt(next, &header);
+        const uint32_t error = ReadAtomHeaderAt(next, &buffer, &header);
         if (error != FileReader::ERROR_OKAY)
             return ReportError(kParserDomain, error);
         if (header.end == next)
@@ -120,6 +131,7 @@ uint32_t MovFileReader::Locate(uint32_t type, uint64_t *position, uint64_t *size
         }
         next = header.end;
     }
+    return ReportError(kParserDomain, ERROR_MISSING_MOVIE_HEADER);
 }
 
 uint32_t MovFileReader::LocateMovieAtom(uint64_t *position, uint64_t *size)
@@ -189,7 +201,36 @@ uint32_t MovFileReader::GetWritingTool(std::string *tool) const
     tool->clear();
     uint32_t sourceCount = 0;
     const TrackAtom *track = movie.FindTrack(kVideo);
-    return track ? Report(track->GetWritingTool(tool, &sourceCount)) : NoTrack();
+    return track ? Guarded([&] { return Report(track->GetWritingTool(tool, &sourceCount)); })
+                 : NoTrack();
+}
+
+uint32_t MovFileReader::PrintRewritten()
+{
+    return Guarded([this] {
+        MovieAtom copy;
+        const uint32_t error = Rewrite(&copy);
+        if (error == 0)
+            copy.Print(0);
+        return error;
+    });
+}
+
+uint32_t MovFileReader::Rewrite(MovieAtom *copy)
+{
+    FileBuffer buffer;
+    // A few bytes can ask for gigabytes of channels when they are written.
+    const uint64_t size = movie.GetSize();
+    if (size > kMaxMovieSize)
+        return ReportError(kAtomDomain, MovAtom::ERROR_ATOM_WRITE_FAILED);
+    const GenericBuffer::Error allocated = buffer.Alloc(size);
+    if (allocated != GenericBuffer::ERROR_OKAY)
+        return ReportError(kBufferDomain, allocated);
+    const uint32_t error = Report(movie.Write(buffer));
+    if (error != 0)
+        return error;
+    static_cast<void>(buffer.Seek(0, 0));
+    return Report(copy->Read(buffer));
 }
 
 } // namespace Tavro::MovParserLib

@@ -30,8 +30,9 @@ struct TrackRef
 };
 
 /// Every operation that returns a number returns 0 on success and domain | code otherwise; the
-/// failure is also a line on standard error. A null output pointer returns 5. Outputs of a failed
-/// operation are not to be used. A reader belongs to one thread.
+/// failure is also a line on standard error, where nothing else is told. A null output pointer
+/// returns 5. Outputs of a failed operation are not to be used. Nothing throws; want of memory is a
+/// failure like others. A reader belongs to one thread.
 class MovFileReader : public MovFile
 {
 public:
@@ -57,7 +58,7 @@ public:
     /// The size in pixels by the first description of the first video track.
     [[nodiscard]] uint32_t GetFrameSize(uint32_t *width, uint32_t *height) const;
 
-    /// Frames a second to three decimals. 0x10000 when the track does not say.
+    /// Frames a second to three decimals. 0x10000, without a line, when the track does not say.
     [[nodiscard]] uint32_t GetFrameRate(double *rate) const;
 
     /// Whether a camera of the maker recorded the file.
@@ -124,6 +125,8 @@ public:
     // Per sample. Indices count from 0 in decoding order, times are microseconds.
     [[nodiscard]] uint32_t GetSampleInfo(uint32_t index, SampleInfo *info,
                                          TrackRef track = {}) const;
+    /// The sample whose time of decoding and duration hold `time`; GetSampleInfo() tells times of
+    /// display, which differ where a `ctts` shifts them.
     [[nodiscard]] uint32_t GetSampleIndexForTime(uint64_t time, uint32_t *index,
                                                  TrackRef track = {}) const;
     [[nodiscard]] uint32_t ReadSample(uint32_t index, SampleBuffer *sample, TrackRef track = {});
@@ -140,7 +143,8 @@ public:
     /// Where the `moov` lies in the file; 0 until a file has been parsed.
     uint64_t GetMoviePosition() const { return moov_position; }
 
-    /// Debugging: writes the movie to memory, reads it back and prints what came of it.
+    /// Debugging: writes the movie to memory, reads it back and prints what came of it. Refuses a
+    /// movie that would be larger than one that is opened.
     [[nodiscard]] uint32_t PrintRewritten();
 
 private:
@@ -156,6 +160,9 @@ private:
     static uint32_t Report(MovAtom::Error error);
     static uint32_t InvalidArgument();
     static uint32_t NoTrack();
+
+    /// What an operation returns; want of memory in it is reported and returned like a failure.
+    template <class Act> static uint32_t Guarded(Act &&act);
 
     template <class T> static bool IsNull(T *pointer) { return !pointer; }
 
@@ -173,7 +180,10 @@ private:
     }
 
     [[nodiscard]] uint32_t Parse(const QString &path);
-    [[nodiscard]] uint32_t ReadAtomHeaderAt(uint64_t position, AtomHeader *header);
+    [[nodiscard]] uint32_t Rewrite(MovieAtom *copy);
+    /// Through a buffer that may be used for the next header again.
+    [[nodiscard]] uint32_t ReadAtomHeaderAt(uint64_t position, FileBuffer *buffer,
+                                            AtomHeader *header);
     [[nodiscard]] uint32_t Locate(uint32_t type, uint64_t *position, uint64_t *size);
     [[nodiscard]] uint32_t LocateMovieAtom(uint64_t *position, uint64_t *size);
     const TrackAtom *Find(TrackRef track) const;

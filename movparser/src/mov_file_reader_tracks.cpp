@@ -27,6 +27,18 @@ uint64_t Microseconds(uint64_t units, uint32_t timeScale)
     return value < 18446744073709551615.0 ? static_cast<uint64_t>(value) : UINT64_MAX;
 }
 
+// The last unit that is told as this time or an earlier one. Searched for by what Microseconds()
+// says of it: whatever that rounds, a time that was told leads back to its sample.
+uint64_t LastUnitAt(uint64_t time, uint32_t timeScale)
+{
+    uint64_t last = 0;
+    for (uint64_t step = uint64_t{1} << 63; step != 0; step >>= 1) {
+        if (Microseconds(last + step, timeScale) <= time)
+            last += step;
+    }
+    return last;
+}
+
 } // namespace
 
 const TrackAtom *MovFileReader::Find(TrackRef track) const
@@ -157,10 +169,7 @@ uint32_t MovFileReader::GetSampleIndexForTime(uint64_t time, uint32_t *index, Tr
     const TrackAtom *track = Find(ref);
     if (!track)
         return NoTrack();
-    // Half a unit more: the time that a sample was reported with is rounded down.
-    const double units = static_cast<double>(time) * track->GetTimeScale() / 1000000 + 0.5;
-    const uint64_t mediaTime =
-        units < 18446744073709551615.0 ? static_cast<uint64_t>(units) : UINT64_MAX;
+    const uint64_t mediaTime = LastUnitAt(time, track->GetTimeScale());
     return Report(track->Information().GetSampleIndexForTime(mediaTime, index));
 }
 
@@ -216,23 +225,6 @@ uint32_t MovFileReader::GetTimeCodeStart(uint32_t *frame)
     if (read != FileReader::ERROR_OKAY)
         return ReportError(kFileReaderDomain, read);
     return Report(ReadNumber(buffer, frame));
-}
-
-uint32_t MovFileReader::PrintRewritten()
-{
-    FileBuffer buffer;
-    const GenericBuffer::Error allocated = buffer.Alloc(movie.GetSize());
-    if (allocated != GenericBuffer::ERROR_OKAY)
-        return ReportError(kBufferDomain, allocated);
-    uint32_t error = Report(movie.Write(buffer));
-    if (error != 0)
-        return error;
-    static_cast<void>(buffer.Seek(0, 0));
-    MovieAtom copy;
-    error = Report(copy.Read(buffer));
-    if (error == 0)
-        copy.Print(0);
-    return error;
 }
 
 } // namespace Tavro::MovParserLib

@@ -53,8 +53,8 @@ void TextSampleDescription::PrintToString(std::string *out, uint32_t depth) cons
     const PrintBlock block(out, depth, "TextSampleDescription");
     SampleDescription::PrintToString(out, block.Depth());
     PrintLine(out, block.Depth(), "DisplayFlags: %u", displayFlags);
-    PrintLine(out, block.Depth(), "TextJustificiation: %d",
-              textJustification); // readers know it so
+    // Spelled so in every dump there is; programs that compare dumps rely on it.
+    PrintLine(out, block.Depth(), "TextJustificiation: %d", textJustification);
     PrintLine(out, block.Depth(), "BackgroundColor: %d %d %d", backgroundColor[0],
               backgroundColor[1], backgroundColor[2]);
     PrintLine(out, block.Depth(), "DefaultTextBox: %d %d %d %d", defaultTextBox[0],

@@ -133,6 +133,12 @@ void addLeafRows(AtomRows *rows)
                                                   "0003e800000000000580808005"
                                                   "1780181c9006808080"
                                                   "0102")));
+    addRow<EsdsAtom>(
+        rows, "esds whose channels are told elsewhere",
+        [](EsdsAtom &atom) { atom.SetAudio(48000, 9); },
+        Box::full("esds").raw(QByteArray::fromHex("0380808022000000048080801440150020000003e800"
+                                                  "000000000580808002118006808080"
+                                                  "0102")));
     addRow<NameAtom>(
         rows, "name",
         [](NameAtom &atom) {
@@ -305,6 +311,25 @@ void addEntryRows(AtomRows *rows)
             .u16(14)
             .u8(4)
             .raw("Sans"));
+    addTableRow(
+        rows, "stsd of time code without a name", FourCC("tmcd"),
+        [] {
+            auto timeCode = std::make_unique<TimeCodeSampleDescription>();
+            timeCode->data_format = FourCC("tmcd");
+            timeCode->timeScale = 25;
+            timeCode->frameDuration = 1;
+            timeCode->numberOfFrames = 25;
+            return timeCode;
+        },
+        entry("tmcd").u32(0).u32(0).u32(25).u32(1).u8(25).u8(0));
+    addTableRow(
+        rows, "stsd of text without a name", FourCC("text"),
+        [] {
+            auto text = std::make_unique<TextSampleDescription>();
+            text->data_format = FourCC("text");
+            return text;
+        },
+        entry("text").zeros(43));
     addTableRow(
         rows, "stsd of telemetry", FourCC("meta"),
         [] {

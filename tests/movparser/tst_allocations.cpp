@@ -3,6 +3,7 @@
 #include "box.h"
 #include "movie.h"
 #include "movparser/src/mov_file_reader.h"
+#include "movparser/src/sound_sample_description.h"
 #include "tests/fuzz/sample_movie.h"
 
 #include <QtCore/QTemporaryFile>
@@ -108,6 +109,10 @@ private Q_SLOTS:
     void readingFailsWithoutMemory();
     void openingFailsWithoutMemory();
     void changingFailsWithoutMemory();
+    void writingFailsWithoutMemory();
+    void copyingATableThrowsWithoutMemory();
+    void tablesInOnePlaceCountEach_data();
+    void tablesInOnePlaceCountEach();
     void aSmallFileTakesLittleMemory_data();
     void aSmallFileTakesLittleMemory();
 };
@@ -211,6 +216,69 @@ void tst_Allocations::aSmallFileTakesLittleMemory_data()
         tracks.append(Box("trak").claims(32).bytes() + Box("tkhd").claims(8).bytes()
                       + Box("mdia").claims(0x7fffffff).bytes() + Box("mdhd").claims(7).bytes());
     QTest::newRow("tracks that overlap") << Box("moov").raw(tracks).zeros(200).bytes();
+}
+
+// Tables that stay where they were read to cost no memory by themselves; whoever walks or prints
+// them pays for each, so they count.
+void tst_Allocations::tablesInOnePlaceCountEach_data()
+{
+    QTest::addColumn<int>("padding");
+    QTest::addColumn<uint>("error");
+    QTest::newRow("as large as allowed") << (256 << 10) << 0U;
+    QTest::newRow("larger") << (2 << 20) << 0x40004U;
+}
+
+void tst_Allocations::tablesInOnePlaceCountEach()
+{
+    QFETCH(int, padding);
+    QFETCH(uint, error);
+    TestTrack track;
+    track.tables.append(Box::full("stsz").u32(0).u32(uint64_t(padding / 4)));
+    QList<TestTrack> tracks;
+    for (int i = 0; i < 28; ++i)
+        tracks.append(track);
+    QTemporaryFile file;
+    const QByteArray bytes = movieFile(movie(tracks, {Box("free").zeros(padding)}));
+    QVERIFY(file.open() && file.write(bytes) == bytes.size());
+    file.close();
+    MovFileReader reader;
+    const int64_t before = g_heap.bytes;
+    g_heap.peak = before;
+    QCOMPARE(reader.Open(file.fileName()), error);
+    const int64_t taken = g_heap.peak - before;
+    QVERIFY2(taken < 4 * bytes.size(), qPrintable(QString::number(taken)));
+}
+
+// The channels of a sound field are numbered when it is written.
+void tst_Allocations::writingFailsWithoutMemory()
+{
+    MovieAtom movie = fullMovie();
+    for (TrackAtom &track : movie.tracks) {
+        SampleDescriptionAtom *descriptions = track.Information().GetSampleDescriptions();
+        auto *sound = dynamic_cast<SoundSampleDescription *>(descriptions->entries.front().get());
+        if (!sound)
+            continue;
+        sound->spatialAudio = std::make_unique<spatialAudioAtom>();
+        sound->spatialAudio->ambisonic_order = 3;
+    }
+    movie.tracks.front().spherical.Ensure().SetStitchingSoftware("a name that has no room inside");
+    ExactBuffer buffer(QByteArray(int(movie.GetSize()), '\0'));
+    withEachAllocationFailing([&](int64_t n) -> Outcome {
+        MovieAtom copy = movie;
+        static_cast<void>(buffer->Seek(0, 0));
+        FailingAllocation failure(n);
+        const MovAtom::Error error = copy.Write(*buffer);
+        return failure.hasFailed()
+            ? Outcome{true, error == MovAtom::ERROR_ATOM_WRITE_FAILED}
+            : Outcome{false, error == MovAtom::ERROR_OKAY && buffer->BytesLeft() == 0};
+    });
+}
+
+void tst_Allocations::copyingATableThrowsWithoutMemory()
+{
+    const AtomTable<uint32_t> table = {1, 2, 3};
+    FailingAllocation failure(0);
+    QVERIFY_EXCEPTION_THROWN(static_cast<void>(AtomTable<uint32_t>(table)), std::bad_alloc);
 }
 
 // The bound holds for what is kept; a vector that grows has up to twice as much for a moment.

@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // One table over all atom classes: what every one of them must keep.
 #include "atom_rows.h"
+#include "movparser/src/atom_free.h"
+#include "movparser/src/atom_mdat.h"
+#include "movparser/src/atom_minf.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QMap>
 #include <QtTest/QtTest>
 
 using namespace Tavro::MovParserLib;
@@ -45,11 +50,21 @@ private Q_SLOTS:
 
     void printsEveryLineAtItsDepth();
 
+    void printsItsWords_data() { rows(); }
+
+    void printsItsWords();
+
+    void sizesOfSpaceAreSetByTheirRules();
+    void aPreambleInsistsOnItsType();
+    void aNewTrackOfNeitherPicturesNorSoundHasItsHeader();
+
 private:
     void rows() const;
+    void loadDumps();
     const AtomRow &row() const;
 
     AtomRows m_rows;
+    QMap<QByteArray, QByteArray> m_dumps; ///< What each row is printed as, escaped.
 };
 
 namespace {
@@ -69,14 +84,46 @@ QByteArray printed(const MovAtom &atom)
     return QByteArray::fromStdString(text);
 }
 
+// Dumps have blanks at the ends of lines and any byte in a fourcc: neither is
+// fit for a text file.
+QByteArray escaped(const QByteArray &text)
+{
+    QByteArray result;
+    for (int i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const bool endsLine = c == ' ' && i + 1 < text.size() && text[i + 1] == '\n';
+        if (c == '\n' || c == '\t' || (c >= ' ' && c <= '~' && c != '\\' && !endsLine))
+            result += c;
+        else
+            result += "\\x" + QByteArray(1, c).toHex();
+    }
+    return result;
+}
+
 } // namespace
 
 void tst_Atoms::initTestCase()
 {
+    loadDumps();
     addStructureRows(&m_rows);
     addSampleTableRows(&m_rows);
     addDescriptionRows(&m_rows);
     addMetadataRows(&m_rows);
+}
+
+void tst_Atoms::loadDumps()
+{
+    QFile file(QStringLiteral(TAVRO_SOURCE_DIR "/tests/movparser/atom_dumps.txt"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray heading = "=== ";
+    QByteArray name;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        if (line.startsWith(heading))
+            name = line.mid(heading.size()).trimmed();
+        else if (!name.isEmpty())
+            m_dumps[name] += line;
+    }
 }
 
 void tst_Atoms::rows() const
@@ -164,7 +211,8 @@ void tst_Atoms::skipsTrailingBytes()
     QCOMPARE(atom->Read(*buffer), MovAtom::ERROR_OKAY);
     const int left = row().has(AtomRow::StopsBehindFields) ? 4 + trailing : 4;
     QCOMPARE(buffer->BytesLeft(), uint64_t(left));
-    QCOMPARE(written(*atom).toHex(' '), row().expected.toHex(' ')); // the bytes are lost
+    QCOMPARE(written(*atom).toHex(' '),
+             row().expected.toHex(' ')); // the bytes are lost
 }
 
 void tst_Atoms::refusesAnotherType()
@@ -204,6 +252,58 @@ void tst_Atoms::printsEveryLineAtItsDepth()
     for (const QByteArray &line : lines.mid(1, lines.size() - 3))
         QVERIFY2(line.startsWith("|\t|\t|\t|\t"), line.constData());
     atom->PrintToString(nullptr, 3);
+}
+
+void tst_Atoms::printsItsWords()
+{
+    const auto atom = row().makeFilled();
+    static_cast<void>(written(*atom)); // which gives every atom its size
+    QCOMPARE(escaped(printed(*atom)), m_dumps.value(row().name));
+}
+
+void tst_Atoms::sizesOfSpaceAreSetByTheirRules()
+{
+    constexpr uint64_t kPast32Bits = uint64_t{1} << 32;
+    QCOMPARE(FreeAtom(8).freePayloadSize, uint64_t(0));
+    QCOMPARE(FreeAtom(0xFFFFFFFF).freePayloadSize, uint64_t(0xFFFFFFFF - 8));
+    QCOMPARE(FreeAtom(kPast32Bits).freePayloadSize, kPast32Bits - 16);
+    FreeAtom space(20);
+    QCOMPARE(space.SetSize(8), MovAtom::ERROR_INVALID_ARG);
+    QCOMPARE(space.freePayloadSize, uint64_t(12));
+    QCOMPARE(space.SetSize(9), MovAtom::ERROR_OKAY);
+    QCOMPARE(space.freePayloadSize, uint64_t(1));
+    QCOMPARE(space.SetSize(kPast32Bits), MovAtom::ERROR_OKAY);
+    QCOMPARE(space.freePayloadSize, kPast32Bits - 16);
+
+    // What counts is the size that it has and not the one that it is to get.
+    MdatAtomPrefix empty(8);
+    QCOMPARE(empty.SetSize(100), MovAtom::ERROR_INVALID_ARG);
+    QCOMPARE(empty.GetSize(), uint64_t(8));
+    MdatAtomPrefix media(9);
+    QCOMPARE(media.SetSize(3), MovAtom::ERROR_OKAY);
+    QCOMPARE(media.GetSize(), uint64_t(3));
+}
+
+void tst_Atoms::aPreambleInsistsOnItsType()
+{
+    ExactBuffer buffer(Box("abcd").wide().bytes());
+    MovAtom atom;
+    QCOMPARE(atom.Read(*buffer, FourCC("abce")), MovAtom::ERROR_WRONG_ATOM_TYPE);
+    QCOMPARE(buffer->Tell(), uint64_t(0));
+    QCOMPARE(atom.Read(*buffer, FourCC("abcd")), MovAtom::ERROR_OKAY);
+    QCOMPARE(buffer->Tell(), uint64_t(16));
+    ExactBuffer zero(Box("abcd").claims(0).bytes()); // refused only where any type will do
+    QCOMPARE(atom.Read(*zero), MovAtom::ERROR_ZERO_SIZE_ATOM);
+    QCOMPARE(atom.Read(*zero, FourCC("abcd")), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.size, uint64_t(0));
+}
+
+void tst_Atoms::aNewTrackOfNeitherPicturesNorSoundHasItsHeader()
+{
+    const auto information = MakeMediaInformation(FourCC("tmcd"));
+    QCOMPARE(information->CreateSampleTable(), MovAtom::ERROR_OKAY);
+    const auto *base = dynamic_cast<const BaseMediaInformationAtom *>(information.get());
+    QVERIFY(base && base->header && base->header->mediaInfo);
 }
 
 QTEST_APPLESS_MAIN(tst_Atoms)

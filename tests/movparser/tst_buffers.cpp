@@ -26,6 +26,8 @@ private Q_SLOTS:
     void aBlockIsKeptWhenItFits();
     void blocksComeFromTheAllocator();
     void copiesTakeTheBlockOver();
+    void aBlockThatMovedHasNoOwner();
+    void samplesArePrinted();
     void anEmptyRequestIsForEmptyBuffers();
     void seeksByTheirOwnRules_data();
     void seeksByTheirOwnRules();
@@ -110,6 +112,17 @@ void tst_Buffers::blocksComeFromTheAllocator()
         QCOMPARE(buffer.Alloc(10, 64, nullptr), GenericBuffer::ERROR_OKAY);
     }
     QCOMPARE(allocator.log, QByteArray("alloc free aligned freeAligned "));
+    allocator.log.clear();
+    {
+        GenericBuffer buffer; // the block that it has goes back to the heap
+        QCOMPARE(buffer.Alloc(10, 0, nullptr), GenericBuffer::ERROR_OKAY);
+        QCOMPARE(buffer.SetAllocator(&allocator), GenericBuffer::ERROR_OKAY);
+        GenericBuffer moved;
+        buffer.TransferTo(moved);
+        QCOMPARE(moved.Alloc(100, 0, nullptr), GenericBuffer::ERROR_OKAY);
+        QCOMPARE(allocator.log, QByteArray("alloc "));
+    }
+    QCOMPARE(allocator.log, QByteArray("alloc free "));
 }
 
 void tst_Buffers::copiesTakeTheBlockOver()
@@ -138,6 +151,40 @@ void tst_Buffers::copiesTakeTheBlockOver()
     QCOMPARE(moved.BytesLeft(), uint64_t(15));
     uint8_t byte = 0;
     QCOMPARE(file.Read(&byte, 1), GenericBuffer::ERROR_BUFFER_EMPTY);
+}
+
+void tst_Buffers::aBlockThatMovedHasNoOwner()
+{
+    const auto source = std::make_shared<FileBuffer>();
+    const auto target = std::make_shared<FileBuffer>();
+    for (const auto &buffer : {source, target}) {
+        QCOMPARE(buffer->Alloc(10), GenericBuffer::ERROR_OKAY);
+        buffer->SetOwner(buffer);
+        QVERIFY(buffer->GetOwner());
+    }
+    source->TransferTo(*target);
+    QVERIFY(!source->GetOwner() && !target->GetOwner());
+}
+
+void tst_Buffers::samplesArePrinted()
+{
+    SampleBuffer sample;
+    StreamCapture capture(stdout);
+    sample.printDatas();
+    QCOMPARE(capture.text(),
+             QByteArray("printDatas() ERROR > SampleBuffer is empty, no datas to print..."));
+    uint8_t bytes[] = {0x0f, 0xab, 0};
+    QCOMPARE(sample.Alloc(sizeof bytes, bytes), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(sample.SetOffset(1), GenericBuffer::ERROR_OKAY);
+    QCOMPARE(sample.SetLogicalSize(2), GenericBuffer::ERROR_OKAY);
+    sample.printDatas();
+    sample.printInfos();
+    char infos[128];
+    std::snprintf(infos, sizeof infos,
+                  "AB 00 SampleBuffer datas @ %p\n"
+                  "SampleBuffer datas (size : 2  /  offset : 1)\n",
+                  static_cast<void *>(bytes));
+    QVERIFY2(capture.text().endsWith(infos), capture.text().constData());
 }
 
 void tst_Buffers::anEmptyRequestIsForEmptyBuffers()
@@ -423,7 +470,12 @@ void tst_Buffers::piecesGetTheirTimes()
     QCOMPARE(pool.GetPiece(1)->timestamp, uint64_t(2));
     QCOMPARE(pool.GetPiece(1)->duration, uint64_t(4));
     QVERIFY(pool.GetPiece(1)->is_key);
-    QVERIFY_EXCEPTION_THROWN(pool.SetTimes({1, 2}, {3}, {false, true}), std::out_of_range);
+    try {
+        pool.SetTimes({1, 2}, {3}, {false, true});
+        QFAIL("a queue that is too short was not missed");
+    } catch (const std::out_of_range &error) {
+        QVERIFY2(QByteArray(error.what()).startsWith("deque::_M_range_check"), error.what());
+    }
 }
 
 void tst_Buffers::errorsPrintOneLine_data()

@@ -134,10 +134,12 @@ void tst_HostileAtoms::readingAMovieEnds_data()
     row("trak of 4 bytes", movie({TestTrack()}, {Box("trak").zeros(8).claims(4)}), kFails);
     row("64-bit size of 15", movie({TestTrack()}, {Box("abcd").zeros(8).claimsWide(15)}), kFails);
     row("child of trak of 4 bytes", withTrackChild(Box("abcd").zeros(8).claims(4)), kReads);
-    row("references of 9 bytes",
-        withMediaInformation(
-            Box("dinf").child(Box::full("dref").u32(2).child(Box("url ").zeros(8).claims(9)))),
-        kFails);
+    const auto reference = [](const Box &entry) {
+        return withMediaInformation(Box("dinf").child(Box::full("dref").u32(1).child(entry)));
+    };
+    row("reference of 7 bytes", reference(Box("url ").zeros(8).claims(7)), kFails);
+    row("reference that ends within its flags", reference(Box("url ").zeros(8).claims(9)), kReads);
+    row("64-bit size of 0: data reference", reference(Box("url ").zeros(8).claimsWide(0)), kFails);
 
     row("size that wraps: moov", movie().claimsWide(kWraps), kFails);
     row("size that wraps: unknown child",

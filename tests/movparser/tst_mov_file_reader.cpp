@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole files through the reader: what opens, what is answered, and what is printed.
 #include "movie.h"
-#include "movparser/src/atom_elst.h"
-#include "movparser/src/atom_tcmi.h"
 #include "movparser/src/mov_file_reader.h"
 #include "movparser/src/sync_file_writer_qt.h"
 #include "stream_capture.h"
@@ -28,7 +26,8 @@ private Q_SLOTS:
     void questionsWithoutAnAnswerPlace();
     void anotherFileReplacesTheFirst();
     void aFailedOpenLeavesNothing();
-    void linesArePrintedInTheirOrder();
+    void theTopLevelIsNotSearchedForEver();
+    void aMovieThatWouldGrowIsNotRewritten();
     void anotherMovieReplacesTheFirst();
     void aTrackThatWasAddedIsReadBack();
 
@@ -313,16 +312,27 @@ void tst_MovFileReader::aFailedOpenLeavesNothing()
     QCOMPARE(reader.Movie().header.duration, 0u);
 }
 
-void tst_MovFileReader::linesArePrintedInTheirOrder()
+void tst_MovFileReader::theTopLevelIsNotSearchedForEver()
 {
-    std::string text;
-    EditListAtom edits;
-    edits.entries = {{10, 0, 0x10000}};
-    edits.PrintToString(&text, 0);
-    QVERIFY(text.find("Edit List Table: (") < text.find("NumberOfEntries In"));
-    text.clear();
-    TimeCodeMediaInformationAtom("Sans").PrintToString(&text, 0);
-    QVERIFY(text.find("Name: Sans") < text.find("resered: "));
+    const QByteArray space = Box("free").bytes();
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(space.repeated(30000) + movieFile(movie()))), 0u);
+    StreamCapture capture;
+    QCOMPARE(reader.Open(store(space.repeated(100000) + movieFile(movie()))), 2u);
+    QCOMPARE(capture.text(), QByteArray("MovParser::Error  >>  ERROR_MISSING_MOVIE_HEADER\n"));
+}
+
+// Sound of order 30 has a channel for each of 2 to the power of 31 numbers, once it is written.
+void tst_MovFileReader::aMovieThatWouldGrowIsNotRewritten()
+{
+    TestTrack track;
+    track.handler = "soun";
+    track.tables.append(Box::full("stsd").u32(1).child(
+        Box("twos").zeros(6).u16(1).zeros(20).child(Box("SA3D").u16(0).u32(30).u16(0).u32(0))));
+    MovFileReader reader;
+    QCOMPARE(reader.Open(store(movieFile(movie({track})))), 0u);
+    StreamCapture capture;
+    QCOMPARE(reader.PrintRewritten(), 0x40005u);
 }
 
 void tst_MovFileReader::anotherMovieReplacesTheFirst()

@@ -18,6 +18,8 @@ class tst_Tracks : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void aTimeThatWasToldLeadsBack();
+    void runsCountNoMoreThanTheirFieldHolds();
     void tracksAreCountedByTheirKind();
     void timeIsToldInEveryUnit();
     void syncSamplesAreFoundInAnyOrder_data();
@@ -94,7 +96,8 @@ void tst_Tracks::samplesAreFoundAndRead()
     SampleInfo info;
     QCOMPARE(reader.GetSampleInfo(5, &info), 0x40001u);
     uint32_t index = 0;
-    for (const auto &[time, wanted] : {std::pair(0, 0u), {9999, 1u}, {29000, 2u}, {69000, 4u}}) {
+    for (const auto &[time, wanted] :
+         {std::pair(0, 0u), {9999, 0u}, {10000, 1u}, {29000, 2u}, {69000, 4u}}) {
         QCOMPARE(reader.GetSampleIndexForTime(uint64_t(time), &index), 0u);
         QCOMPARE(index, wanted);
     }
@@ -120,6 +123,52 @@ void tst_Tracks::samplesAreFoundAndRead()
     timeless.tables.removeAt(3);
     QCOMPARE(reader.Open(store(movieFile(movie({timeless})))), 0u);
     QCOMPARE(reader.GetSampleIndexForTime(0, &index), 0x40003u);
+}
+
+// Times are told rounded down: what was told must lead back to the sample, and what is a
+// microsecond less to the one before.
+void tst_Tracks::aTimeThatWasToldLeadsBack()
+{
+    for (const uint32_t timeScale : {30000u, 90000u, 1000003u, 0u}) {
+        TestTrack track;
+        track.timeScale = timeScale;
+        track.tables[0] = Box::full("stts").u32(1).u32(track.samples).u32(1001);
+        MovFileReader reader;
+        QCOMPARE(reader.Open(store(movieFile(movie({track})))), 0u);
+        for (uint32_t i = 1; i < track.samples; ++i) {
+            SampleInfo info;
+            uint32_t index = 0;
+            QCOMPARE(reader.GetSampleInfo(i, &info), 0u);
+            QCOMPARE(reader.GetSampleIndexForTime(info.time, &index), 0u);
+            QCOMPARE(index, i);
+            QCOMPARE(reader.GetSampleIndexForTime(info.time - 1, &index), 0u);
+            QCOMPARE(index, i - 1);
+        }
+        uint32_t index = 0;
+        QCOMPARE(reader.GetSampleIndexForTime(UINT64_MAX, &index), 0x40002u);
+    }
+}
+
+void tst_Tracks::runsCountNoMoreThanTheirFieldHolds()
+{
+    constexpr uint32_t kMost = 0xFFFFFFFF;
+    TimeToSampleAtom times;
+    CompositionOffsetsAtom offsets;
+    for (const uint32_t count : {kMost - 1, 1u, 1u}) {
+        QCOMPARE(times.AddEntry(count, 2), MovAtom::ERROR_OKAY);
+        QCOMPARE(offsets.AddEntry(count, -2), MovAtom::ERROR_OKAY);
+    }
+    QCOMPARE(times.entries.size(), size_t(2));
+    QCOMPARE(times.entries[0].sampleCount, kMost);
+    QCOMPARE(times.entries[1].sampleCount, 1u);
+    QCOMPARE(offsets.entries.size(), size_t(2));
+    QCOMPARE(offsets.entries[0].sampleCount, kMost);
+    QCOMPARE(offsets.entries[1].sampleCount, 1u);
+    uint32_t index = 0;
+    QCOMPARE(times.GetSampleIndex(uint64_t(kMost) * 2 + 1, &index), MovAtom::ERROR_OKAY);
+    QCOMPARE(index, kMost);
+    QCOMPARE(times.AddEntry(1, 2), MovAtom::ERROR_OKAY);
+    QCOMPARE(times.GetSampleIndex(uint64_t(kMost) * 2 + 2, &index), MovAtom::ERROR_INVALID_RET_VAL);
 }
 
 void tst_Tracks::tracksAreCountedByTheirKind()

@@ -30,6 +30,7 @@ class tst_UserData : public QObject
 private Q_SLOTS:
     void childrenReadOrFail_data();
     void childrenReadOrFail();
+    void recordsOfAnotherSizeAreMalformed();
     void anEmptyFirmwareIsNone();
     void settingsAreDecodedFromThePreamble();
     void writingSettingsReversesEachWord();
@@ -70,6 +71,21 @@ void tst_UserData::childrenReadOrFail()
     UserDataAtom atom;
     QCOMPARE(atom.Read(*buffer), reads ? MovAtom::ERROR_OKAY : MovAtom::ERROR_ATOM_READ_FAILED);
     QCOMPARE(buffer->Tell(), reads ? uint64_t(bytes.size()) : 0);
+}
+
+// Records of another size are told from broken ones, and stay where the preamble ends.
+void tst_UserData::recordsOfAnotherSizeAreMalformed()
+{
+    const auto readsAsMalformed = [](auto atom, const Box &box) {
+        ExactBuffer buffer(box.bytes());
+        return atom.Read(*buffer) == MovAtom::ERROR_MALFORMED_ATOM && buffer->Tell() == 8;
+    };
+    QVERIFY(readsAsMalformed(TavroCameraTURIAtom(), Box("TURI").zeros(24)));
+    QVERIFY(readsAsMalformed(TavroCameraTUSIAtom(), Box("TUSI").zeros(8)));
+    ExactBuffer buffer(Box("udta").child(Box("TURI").zeros(24)).bytes());
+    UserDataAtom userData; // which the code does not get past
+    QCOMPARE(userData.Read(*buffer), MovAtom::ERROR_ATOM_READ_FAILED);
+    QCOMPARE(buffer->Tell(), uint64_t(0));
 }
 
 void tst_UserData::anEmptyFirmwareIsNone()

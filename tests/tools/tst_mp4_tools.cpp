@@ -394,6 +394,11 @@ void tst_Mp4Tools::refusals_data()
         writeFile(items,
                   movieFile(movie({TestTrack()},
                                   {Box::full("meta").child(Box::full("hdlr")).child(places)}))));
+    const QString beside = in("beside.mp4");
+    const QString within = in("within.mp4");
+    const QByteArray space = Box("free").bytes().repeated(1000000);
+    QVERIFY(writeFile(beside, movieFile(movie()) + space)
+            && writeFile(within, movieFile(movie().raw(space))));
     QVERIFY(QFile::link(clip, link) && ::link(qPrintable(clip), qPrintable(hardLink)) == 0);
     QVERIFY(writeFile(text, "not a film at all") && writeFile(sound, movieFile(movie({track}))));
     const auto row = [](const char *name, const QStringList &arguments, const char *says) {
@@ -421,6 +426,8 @@ void tst_Mp4Tools::refusals_data()
     row("a device to write to", {clip, QStringLiteral("/dev/null")}, "is not a file");
     row("items behind the movie", {items, target, QStringLiteral("--tool=x")},
         "has items whose places in the file cannot be moved");
+    row("a million atoms beside the movie", {beside, target}, "has too many atoms");
+    row("a million atoms in the movie", {within, target}, "has too many atoms");
     row("no film", {text, target}, "has no movie atom");
     row("no video", {sound, target}, "has no video track");
     row("the same file", {clip, clip}, "is the file to be copied");
@@ -551,7 +558,8 @@ void tst_Mp4Tools::theTreeDoesNotSteerTheTerminal()
     QVERIFY(writeFile(path, movieFile(movie({track}))));
     const QByteArray seen =
         run(QStringLiteral(TAVRO_MP4INFO), {QStringLiteral("--tree"), path}).output;
-    QVERIFY2(seen.contains("ComponentName: \\x1b]0;title\\x07 \\x9b \xc3\xa4\n"), seen.constData());
+    QVERIFY2(seen.contains("ComponentName: \\x1b]0;title\\x07 \\xc2\\x9b \xc3\xa4\n"),
+             seen.constData());
 }
 
 void tst_Mp4Tools::infoSaysWhatIsNotUsed()
