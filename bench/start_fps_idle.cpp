@@ -3,7 +3,7 @@
 // frames a second while the camera turns, CPU time while nobody moves. Player and floor run in
 // turn, so that the machine and what else it does meet both alike; the figures are ratios.
 // Needs a display with a window manager and xdotool:
-//   tests/common/with_display --desktop build/release/bin/bench_start_fps_idle
+//   tests/common/with_display --desktop build/dev/bin/bench_start_fps_idle
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
