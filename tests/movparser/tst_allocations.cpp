@@ -100,6 +100,36 @@ void operator delete(void *block, size_t) noexcept
     operator delete(block);
 }
 
+// The standard library's forms come down to the two above, but those of a sanitizer do not.
+void *operator new(size_t size, const std::nothrow_t &) noexcept
+{
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
+void *operator new[](size_t size)
+{
+    return operator new(size);
+}
+
+void *operator new[](size_t size, const std::nothrow_t &tag) noexcept
+{
+    return operator new(size, tag);
+}
+
+void operator delete[](void *block) noexcept
+{
+    operator delete(block);
+}
+
+void operator delete[](void *block, size_t) noexcept
+{
+    operator delete(block);
+}
+
 class tst_Allocations : public QObject
 {
     Q_OBJECT
