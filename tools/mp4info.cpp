@@ -9,6 +9,7 @@
 #include <getopt.h>
 
 #include <cstdio>
+#include <new>
 
 namespace {
 constexpr char kUsage[] =
@@ -76,7 +77,13 @@ int main(int argc, char **argv)
         return 1;
     }
     bool allOpened = true;
-    for (int i = optind; i < argc; ++i)
-        allOpened = printReport(QFile::decodeName(argv[i]), form) && allOpened;
+    for (int i = optind; i < argc; ++i) {
+        try {
+            allOpened = printReport(QFile::decodeName(argv[i]), form) && allOpened;
+        } catch (const std::bad_alloc &) {
+            std::fprintf(stderr, "tavro-mp4info: %s: not enough memory\n", argv[i]);
+            allOpened = false;
+        }
+    }
     return allOpened ? 0 : 1;
 }

@@ -16,8 +16,8 @@ void FileBuffer::TransferTo(FileBuffer &target)
     target.read_budget = read_budget;
     target.memory_budget = memory_budget;
     // Neither keeps the block alive: it has moved to where only `target` does.
-    owner.reset();
-    target.owner.reset();
+    owner.block.reset();
+    target.owner.block.reset();
     Free();
 }
 

@@ -99,9 +99,9 @@ public:
 
     /// Tells what keeps the block alive, for those who would rather refer to large parts of it than
     /// copy them. Whoever does so holds the owner. Without one, or once it is gone, null.
-    void SetOwner(std::weak_ptr<const void> block_owner) { owner = std::move(block_owner); }
+    void SetOwner(std::weak_ptr<const void> block_owner) { owner.block = std::move(block_owner); }
 
-    std::shared_ptr<const void> GetOwner() const { return owner.lock(); }
+    std::shared_ptr<const void> GetOwner() const { return owner.block.lock(); }
 
     // A getter with a null pointer does nothing.
     Error GetOffset(uint64_t *value) const { return Get(offset, value); }
@@ -167,7 +167,25 @@ private:
     uint64_t fill_count = 0;
     uint64_t read_budget = UINT64_MAX;
     uint64_t memory_budget = UINT64_MAX;
-    std::weak_ptr<const void> owner;
+
+    // Stays behind when the buffer is copied: the copy has a block of its own, which the owner of
+    // the first one does not keep.
+    struct Owner
+    {
+        std::weak_ptr<const void> block;
+
+        Owner() = default;
+
+        Owner(const Owner &) { }
+
+        Owner &operator=(const Owner &)
+        {
+            block.reset();
+            return *this;
+        }
+    };
+
+    Owner owner;
 };
 
 } // namespace Tavro::MovParserLib

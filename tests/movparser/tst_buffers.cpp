@@ -26,7 +26,7 @@ private Q_SLOTS:
     void aBlockIsKeptWhenItFits();
     void blocksComeFromTheAllocator();
     void copiesTakeTheBlockOver();
-    void aBlockThatMovedHasNoOwner();
+    void aBlockElsewhereHasNoOwner();
     void samplesArePrinted();
     void anEmptyRequestIsForEmptyBuffers();
     void seeksByTheirOwnRules_data();
@@ -153,7 +153,7 @@ void tst_Buffers::copiesTakeTheBlockOver()
     QCOMPARE(file.Read(&byte, 1), GenericBuffer::ERROR_BUFFER_EMPTY);
 }
 
-void tst_Buffers::aBlockThatMovedHasNoOwner()
+void tst_Buffers::aBlockElsewhereHasNoOwner()
 {
     const auto source = std::make_shared<FileBuffer>();
     const auto target = std::make_shared<FileBuffer>();
@@ -162,6 +162,10 @@ void tst_Buffers::aBlockThatMovedHasNoOwner()
         buffer->SetOwner(buffer);
         QVERIFY(buffer->GetOwner());
     }
+    FileBuffer copy(*source);
+    QVERIFY(!copy.GetOwner() && source->GetOwner());
+    *target = *source;
+    QVERIFY(!target->GetOwner() && source->GetOwner());
     source->TransferTo(*target);
     QVERIFY(!source->GetOwner() && !target->GetOwner());
 }
