@@ -6,6 +6,7 @@
 #include "render/VxShaderCodeBuilder.h"
 #include "settings/VxSettings.h"
 #include "tests/common/FakeContext.h"
+#include "tests/common/PanoramaQuad.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -17,10 +18,14 @@
 #include <QQuickView>
 #include <QTextStream>
 #include <QWindow>
+#include <QtMath>
+
+#include <functional>
 
 namespace {
 
 constexpr int kMeasuredMs = 5000;
+constexpr QSize kSize(1280, 720);
 
 void say(const QString &text)
 {
@@ -60,7 +65,7 @@ public:
     BareWindow()
     {
         setSurfaceType(OpenGLSurface);
-        resize(1280, 720);
+        resize(kSize);
         create();
         m_context.create();
         show();
@@ -77,38 +82,62 @@ private:
     QOpenGLContext m_context;
 };
 
-int turningQuad(const QString &file)
+/// Draws frame after frame and tells how many a second. The frames below 0 compile and do not
+/// count.
+void tellRate(BareWindow &window, const std::function<void(int frame)> &draw)
+{
+    QElapsedTimer timer;
+    int frames = -10;
+    for (; frames < 0 || timer.elapsed() < kMeasuredMs; ++frames) {
+        if (frames == 0)
+            timer.start();
+        draw(frames);
+        window.swap();
+        QGuiApplication::processEvents();
+    }
+    say(QStringLiteral("frames %1").arg(frames * 1000.0 / double(timer.elapsed())));
+}
+
+int turningQuad(const QString &file, bool specialised)
 {
     BareWindow window;
+    QOpenGLFunctions *gl = window.gl();
     QOpenGLTexture texture(readPicture(file), QOpenGLTexture::DontGenerateMipMaps);
     VxSettings settings(QStringLiteral("bench"));
     FakeContext context;
     context.settingsObject = &settings;
     VxShaderCodeBuilder builder(&context);
-    const auto program =
-        PanoramaProgram::build("panorama", builder.fragmentShaderSource(false, false, false),
-                               ShaderAssumption::FullSphere | ShaderAssumption::RotatesOnly);
-    if (!program)
-        return 1;
+    const QByteArray text = builder.fragmentShaderSource(false, false, false);
+    gl->glViewport(0, 0, kSize.width(), kSize.height());
 
-    PanoramaUniforms uniforms;
-    uniforms.viewportSize = {1280, 720};
-    uniforms.viewportSizeMin = {720, 720};
-    uniforms.viewportSizeRatio = {1280.0F / 720, 1};
-    uniforms.fov = 90;
-    window.gl()->glViewport(0, 0, 1280, 720);
-    QElapsedTimer timer;
-    int frames = -10; // the first ones compile
-    for (; frames < 0 || timer.elapsed() < kMeasuredMs; ++frames) {
-        if (frames == 0)
-            timer.start();
-        uniforms.matViewInverse = QMatrix4x4();
-        uniforms.matViewInverse.rotate(float(frames), 0, 1, 0);
-        program->draw(window.gl(), uniforms, 0, texture.textureId());
-        window.swap();
-        QGuiApplication::processEvents();
+    if (specialised) {
+        const auto program = PanoramaProgram::build(
+            "panorama", text, ShaderAssumption::FullSphere | ShaderAssumption::RotatesOnly);
+        if (!program)
+            return 1;
+        PanoramaUniforms uniforms;
+        const float ratio = float(kSize.width()) / float(kSize.height());
+        uniforms.viewportSize = {float(kSize.width()), float(kSize.height())};
+        uniforms.viewportSizeMin = {float(kSize.height()), float(kSize.height())};
+        uniforms.viewportSizeRatio = {ratio, 1};
+        uniforms.fov = 90;
+        tellRate(window, [&](int frame) {
+            uniforms.matViewInverse = QMatrix4x4();
+            uniforms.matViewInverse.rotate(float(frame), 0, 1, 0);
+            program->draw(gl, uniforms, 0, texture.textureId());
+        });
+    } else {
+        PanoramaQuad quad(text);
+        if (!quad.isValid())
+            return 1;
+        PanoramaScene scene;
+        scene.item = kSize;
+        tellRate(window, [&](int frame) {
+            scene.yaw = qDegreesToRadians(double(frame));
+            quad.setUniforms(scene, 0);
+            quad.draw(gl, texture.textureId());
+        });
     }
-    say(QStringLiteral("frames %1").arg(frames * 1000.0 / double(timer.elapsed())));
     return 0;
 }
 
@@ -134,9 +163,11 @@ int main(int argc, char **argv)
     if (what == QLatin1String("view"))
         return emptyView();
     if (what == QLatin1String("quad"))
-        return turningQuad(file);
+        return turningQuad(file, true);
+    if (what == QLatin1String("quad-as-written"))
+        return turningQuad(file, false);
     if (what == QLatin1String("still"))
         return stillWindow();
-    say("usage: bench_floors read FILE | view | quad FILE | still");
+    say("usage: bench_floors read FILE | view | quad FILE | quad-as-written FILE | still");
     return 2;
 }

@@ -85,7 +85,8 @@ Figures measure(QOpenGLFunctions *gl, const QByteArray &text, const PanoramaScen
         {VxShaderCodeBuilder::vertexShaderSource(),
          ShaderSpecialiser::specialise(text,
                                        ShaderSpecialiser::gradingConstants()
-                                           + ShaderSpecialiser::fullSphereConstants())});
+                                           + ShaderSpecialiser::fullSphereConstants())},
+        true);
     PanoramaQuad quads[]{PanoramaQuad(kPassThrough), PanoramaQuad(text),
                          PanoramaQuad(cheap.fragment, cheap.vertex)};
     for (const PanoramaQuad &quad : quads) {

@@ -67,18 +67,20 @@ std::unique_ptr<PanoramaProgram> PanoramaProgram::build(const char *name,
                                                         ShaderAssumptions assumptions)
 {
     QVector<UniformConstant> constants = ShaderSpecialiser::gradingConstants();
-    if (assumptions & ShaderAssumption::FullSphere)
+    const bool fullSphere = assumptions.testFlag(ShaderAssumption::FullSphere);
+    if (fullSphere)
         constants += ShaderSpecialiser::fullSphereConstants();
     ShaderTexts texts{VxShaderCodeBuilder::vertexShaderSource(),
                       ShaderSpecialiser::specialise(fragmentSource, constants)};
     if (assumptions & ShaderAssumption::RotatesOnly)
-        texts = ShaderSpecialiser::streamline(texts);
+        texts = ShaderSpecialiser::streamline(texts, fullSphere);
     std::unique_ptr<QOpenGLShaderProgram> program(
         ShaderProgram::build(name, texts.vertex, texts.fragment));
     if (!program)
         return nullptr;
     std::unique_ptr<PanoramaProgram> result(new PanoramaProgram);
     result->m_program = std::move(program);
+    result->m_fillsViewport = !texts.fragment.contains("discard");
     result->lookUpLocations();
     return result;
 }

@@ -53,6 +53,9 @@ public:
     build(const char *name, const QByteArray &fragmentSource, ShaderAssumptions assumptions);
     ~PanoramaProgram();
 
+    /// True if each pixel of the viewport is painted, whatever was there before.
+    bool fillsViewport() const { return m_fillsViewport; }
+
     /// Draws \a texture for \a eye, 0 or 1, into the current framebuffer and viewport. Leaves
     /// texture unit 0 active and no program bound.
     void draw(QOpenGLFunctions *gl, const PanoramaUniforms &uniforms, int eye, unsigned texture);
@@ -62,6 +65,7 @@ private:
     void lookUpLocations();
 
     std::unique_ptr<QOpenGLShaderProgram> m_program;
+    bool m_fillsViewport = false;
     bool m_enableTexture2D = false;
     int m_vertex = -1;
     int m_texture = -1;

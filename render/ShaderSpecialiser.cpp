@@ -88,7 +88,7 @@ QVector<RayTwin> rayTwins()
          "tan(a / 2.0)", "vec3 pt = across - axis;"},
         {ShaderFragments::kRayLittlePlanet, "a",
          "float d = dot(across, across);"
-         "vec3 pt = (across * 2.5 + axis * (d - 1.5625)) / (d + 1.5625);"},
+         "vec3 pt = across * 2.5 + axis * (d - 1.5625);"},
         {ShaderFragments::kRayFisheye, "a / 2.0",
          "float d = dot(across, across);"
          "if (d > pi * pi) { return vec2(-1.); }"
@@ -104,15 +104,69 @@ QVector<RayTwin> rayTwins()
     };
 }
 
-// The angle off the lens axis by the cheaper one-sided arc tangent, and cos and sin of atan(x, z)
-// without the angle.
-constexpr char kFisheyeCircleTwin[] =
-    "float inv = 1.0 / max(sqrt(pt.x*pt.x + pt.z*pt.z), 1e-20);"
-    "float i_r = (halfpi - atan(pt.y * inv)) * inv * (1.0 / (pi*1.33));"
-    "vec2 uv = i_r * pt.zx + 0.5;";
+// The arc tangent of t from 0 to 1, in place; leaves less than 1e-5 out.
+constexpr char kArcTangent[] =
+    "float s = t * t;"
+    "t *= 0.99997726 + s * (-0.33262347 + s * (0.19354346 + s * (-0.11643287"
+    " + s * (0.05265332 + s * -0.0117212))));";
 
-// What the rejection lets through lies in 0 to 1 or is not a number, and only that turns black.
-constexpr char kBorderGuardTwin[] = "color *= step(0.0, a.x * a.y);";
+// Longitude, counted from minus z, and the angle from plus y. The arc cosine is a root and a series
+// that leaves less than 1e-7 out.
+QByteArray equirectangularTwin(const QByteArray &fraction)
+{
+    return QByteArray("vec2 q = abs(pt.xz);"
+                      "float t = min(q.x, q.y) / max(max(q.x, q.y), 1e-20);")
+        + kArcTangent
+        + "t = q.x > q.y ? halfpi - t : t;"
+          "t = pt.z > 0.0 ? pi - t : t;"
+          "t = pt.x < 0.0 ? -t : t;"
+          "float y = min(abs(pt.y)"
+        + fraction
+        + ", 1.0);"
+          "float v = sqrt(1.0 - y) * (1.570796305 + y * (-0.2145988016 + y * (0.0889789874"
+          " + y * (-0.0501743046 + y * (0.030891881 + y * (-0.0170881256"
+          " + y * (0.0066700901 + y * -0.0012624911)))))));"
+          "v = pt.y < 0.0 ? pi - v : v;"
+          "vec2 uv = vec2(t * (1.0 / twopi) + 0.5, v * (1.0 / pi));";
+}
+
+// The angle off the lens axis of a ray of any length, and cos and sin of atan(x, z) without the
+// angle.
+QByteArray fisheyeCircleTwin()
+{
+    return QByteArray("float r = sqrt(dot(pt.xz, pt.xz));"
+                      "float y = abs(pt.y);"
+                      "float t = min(r, y) / max(r, y);")
+        + kArcTangent
+        + "t = r > y ? halfpi - t : t;"
+          "t = pt.y < 0.0 ? pi - t : t;"
+          "vec2 uv = pt.zx * (t * (1.0 / (pi*1.33)) / max(r, 1e-20)) + 0.5;";
+}
+
+// What the rejection lets through lies in 0 to 1, up to a rounding, or is not a number, and only
+// that turns black.
+constexpr char kBorderGuardTwin[] = "color *= step(-1.0, a.x * a.y);";
+constexpr char kRejectTwin[] = "if (max(abs(a.x - 0.5), abs(a.y - 0.5)) > 0.5) discard;";
+
+// Each ray has its place in a full sphere, so nothing is rejected. The fisheye's view ends where
+// the whole sphere is seen, and the overlay's plane is smaller than the view.
+bool fillsView(const QByteArray &fragment)
+{
+    return (fragment.contains(ShaderFragments::kSourceEquirectangular)
+            || fragment.contains(ShaderFragments::kSourceCubemap))
+        && !fragment.contains(ShaderFragments::kRayFisheye)
+        && !fragment.contains(ShaderFragments::kOverlayPlane);
+}
+
+// What makes a coordinate of the ray one of its direction; nothing for rays of unit length.
+QByteArray fractionOfLength(const QByteArray &fragment)
+{
+    if (fragment.contains(ShaderFragments::kRayRectilinear))
+        return " * inversesqrt(dot(pt, pt))";
+    if (fragment.contains(ShaderFragments::kRayLittlePlanet))
+        return " / (d + 1.5625)";
+    return {};
+}
 
 } // namespace
 
@@ -162,11 +216,16 @@ QByteArray ShaderSpecialiser::specialise(const QByteArray &fragment,
     return text;
 }
 
-ShaderTexts ShaderSpecialiser::streamline(const ShaderTexts &texts)
+ShaderTexts ShaderSpecialiser::streamline(const ShaderTexts &texts, bool fullSphere)
 {
     ShaderTexts result = texts;
-    result.fragment.replace(ShaderFragments::kSourceFisheyeCircle, kFisheyeCircleTwin);
-    result.fragment.replace(ShaderFragments::kBorderGuard, kBorderGuardTwin);
+    QByteArray &fragment = result.fragment;
+    fragment.replace(ShaderFragments::kReject,
+                     fullSphere && fillsView(fragment) ? "" : kRejectTwin);
+    fragment.replace(ShaderFragments::kBorderGuard, kBorderGuardTwin);
+    fragment.replace(ShaderFragments::kSourceFisheyeCircle, fisheyeCircleTwin());
+    fragment.replace(ShaderFragments::kSourceEquirectangular,
+                     equirectangularTwin(fractionOfLength(fragment)));
 
     const QByteArray texCoordDeclaration = "varying highp vec4 texCoord;";
     const QByteArray texCoordAssignment = "   texCoord = texture;\n";

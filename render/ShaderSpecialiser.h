@@ -41,9 +41,11 @@ QVector<UniformConstant> fullSphereConstants();
 /// are not finite leave the text as it is.
 QByteArray specialise(const QByteArray &fragment, const QVector<UniformConstant> &constants);
 
-/// The same picture with the work that is linear over the quad done at its corners. Holds for a
-/// uMatViewInverse that is a rotation and for the unit quad whose `texture` runs from 0 to 1.
-/// Uniforms keep their names and meanings. Texts without a known piece come back unchanged.
-ShaderTexts streamline(const ShaderTexts &texts);
+/// The same picture with the work that is linear over the quad done at its corners, and the angles
+/// by shorter series. Holds for a uMatViewInverse that is a rotation and for the unit quad whose
+/// `texture` runs from 0 to 1. Uniforms keep their names and meanings. With \a fullSphere the
+/// limits have been specialised to those of a full sphere; where its picture fills the whole view,
+/// the text that comes back discards nothing. Texts without a known piece come back unchanged.
+ShaderTexts streamline(const ShaderTexts &texts, bool fullSphere);
 
 } // namespace ShaderSpecialiser

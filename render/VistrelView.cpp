@@ -20,6 +20,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -246,15 +247,16 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     m_frameKept = true;
     ++m_drawnCount;
 
+    if (hasTexture && (m_shaderDirty || m_assumptions != m_state.uniforms.assumptions()))
+        createShaders();
+
     // The painter's clip, which is as small as the rectangle that was asked for.
     gl->glDisable(GL_SCISSOR_TEST);
-    gl->glClearColor(kBackground, kBackground, kBackground, 1);
-    gl->glClear(GL_COLOR_BUFFER_BIT);
-    if (!hasTexture)
-        return;
-    if (m_shaderDirty || m_assumptions != m_state.uniforms.assumptions())
-        createShaders();
-    if (!m_panoramaProgram)
+    if (!hasTexture || !m_panoramaProgram || !paintsEachPixel()) {
+        gl->glClearColor(kBackground, kBackground, kBackground, 1);
+        gl->glClear(GL_COLOR_BUFFER_BIT);
+    }
+    if (!hasTexture || !m_panoramaProgram)
         return;
 
     drawEye(gl, 0);
@@ -266,6 +268,16 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
         takeSnapshot(gl, mode);
     }
     gl->glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+// True if the panorama leaves nothing of what the framebuffer held. On software OpenGL clearing it
+// costs a tenth of the panorama itself.
+bool VistrelView::paintsEachPixel() const
+{
+    const int eyes = m_state.splitView ? 2 : 1;
+    return m_panoramaProgram->fillsViewport() && !m_state.overlay
+        && eyes * m_state.viewport[0] >= std::ceil(m_state.itemSize.width() * m_state.pixelRatio)
+        && m_state.viewport[1] >= std::ceil(m_state.itemSize.height() * m_state.pixelRatio);
 }
 
 VistrelView::FrameState VistrelView::currentState() const

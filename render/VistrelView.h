@@ -87,6 +87,7 @@ private:
     /// Drops what lives in the scene graph's context. Rendering thread, with that context current.
     void releaseGraphics();
     FrameState currentState() const;
+    bool paintsEachPixel() const;
     bool isOverlayActive() const;
     void paintFrame(QOpenGLFunctions *gl);
     void createShaders();

@@ -183,7 +183,7 @@ void tst_PanoramaPixels::everyTextBuilds()
         if (text.contains("uEye ==") || text.contains(".bgr") || text.contains("1.0 - a.y;if"))
             continue;
         build(ShaderSpecialiser::streamline(
-            {Builder::vertexShaderSource(), ShaderSpecialiser::specialise(text, constants)}));
+            {Builder::vertexShaderSource(), ShaderSpecialiser::specialise(text, constants)}, true));
         ++cheap;
         if (QTest::currentTestFailed())
             return;
@@ -287,11 +287,13 @@ void tst_PanoramaPixels::picture()
     compare(picture, PanoramaReference::render(wanted, source));
 
     QVector<UniformConstant> constants = ShaderSpecialiser::gradingConstants();
-    if (ShaderSpecialiser::isFullSphere(float(wanted.yawMin), float(wanted.yawMax),
-                                        float(wanted.pitchMin), float(wanted.pitchMax)))
+    const bool fullSphere = ShaderSpecialiser::isFullSphere(
+        float(wanted.yawMin), float(wanted.yawMax), float(wanted.pitchMin), float(wanted.pitchMax));
+    if (fullSphere)
         constants += ShaderSpecialiser::fullSphereConstants();
     const ShaderTexts cheapTexts = ShaderSpecialiser::streamline(
-        {Builder::vertexShaderSource(), ShaderSpecialiser::specialise(text, constants)});
+        {Builder::vertexShaderSource(), ShaderSpecialiser::specialise(text, constants)},
+        fullSphere);
     QVERIFY(cheapTexts.fragment != text);
     PanoramaQuad cheap(cheapTexts.fragment, cheapTexts.vertex);
     QVERIFY(cheap.isValid());
