@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Large pages for large textures on software OpenGL. Its driver takes the memory of a texture from
+// posix_memalign(), and the kernel clears it page by page as the picture is copied in, which is most
+// of the time of an upload; a panorama that is seen whole then misses the translation of addresses
+// at every other texel. As the program's own symbol, this function comes before the C library's.
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+
+#include <malloc.h>
+#include <sys/mman.h>
+
+extern "C" int posix_memalign(void **memory, std::size_t alignment, std::size_t size) noexcept
+{
+    if (alignment % sizeof(void *) != 0 || (alignment & (alignment - 1)) != 0 || alignment == 0)
+        return EINVAL;
+    void *block = memalign(alignment, size);
+    if (!block)
+        return ENOMEM;
+    constexpr std::uintptr_t kHugePage = 2U << 20U;
+    const auto begin = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) / kHugePage;
+    const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / kHugePage;
+    // A kernel without large pages says no, and all is as before.
+    if (end > begin)
+        madvise(reinterpret_cast<void *>(begin * kHugePage), (end - begin) * kHugePage,
+                MADV_HUGEPAGE);
+    *memory = block;
+    return 0;
+}
