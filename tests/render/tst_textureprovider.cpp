@@ -175,8 +175,10 @@ private Q_SLOTS:
         QVERIFY(m_frames->wait(3));
         // A moving picture is taken when it tells of its next frame.
         for (const char *color : {"yellow", "cyan"}) {
+            const unsigned before = m_provider->contentRevision();
             setCorner(color);
             QVERIFY(m_frames->wait(3));
+            QVERIFY(m_provider->contentRevision() > before || !copyTexture);
         }
         QTRY_VERIFY(holdsPicture("cyan"));
         int ownId = 0;

@@ -39,10 +39,7 @@ public:
     std::atomic_int drawn{0};
 };
 
-QImage panorama()
-{
-    return PanoramaReference::testPanorama({256, 128});
-}
+const QImage kPanorama = PanoramaReference::testPanorama({256, 128});
 
 } // namespace
 
@@ -79,8 +76,7 @@ private Q_SLOTS:
         m_view->init(m_app.get());
         m_frames = std::make_unique<RenderThread::FrameCounter>(*m_window);
         m_window->show();
-        QVERIFY(m_frames->wait(1));
-        show(panorama());
+        show(kPanorama);
     }
 
     void cleanup()
@@ -122,9 +118,9 @@ private Q_SLOTS:
         row("nothing", [this] { m_app->provider->setTextureId(0); });
         row("exchanged colours", [this] { modes().setInvertedColors(true); });
         row("height above the width", [this] { m_view->setWidth(120); });
-        row("another texture", [this] { show(panorama().mirrored()); });
+        row("another texture", [this] { show(kPanorama.mirrored()); });
         row("another picture in the texture", [this] {
-            m_source = panorama().mirrored();
+            m_source = kPanorama.mirrored();
             RenderThread::upload(*m_window, m_source, m_texture);
             m_app->provider->noteNewContent();
         });
@@ -199,9 +195,8 @@ private Q_SLOTS:
             QVERIFY(FakeInterface::markIn(shown()) > 0);
             QVERIFY(RenderThread::hideWithSceneGraph(*m_window));
             m_window->show();
-            QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
             m_interface.activated = false;
-            show(panorama().mirrored(mirrored)); // very likely under the number of the one before
+            show(kPanorama.mirrored(mirrored)); // very likely under the number of the one before
             compare();
         }
     }
@@ -242,16 +237,6 @@ private Q_SLOTS:
         QCOMPARE(qRed(image.pixel(4, 0)), 255);
     }
 
-    void interfaceBlursThePanorama()
-    {
-        showInterface(false, false);
-        // Its edges are gone, and the rest is where it was.
-        const double same = PanoramaReference::compare(shown(), expected(), 16).share;
-        QVERIFY2(same > 0.8 && same < 0.98, qPrintable(QString::number(same)));
-        m_interface.activated = false;
-        compare();
-    }
-
     void interfaceStandsInItsPlace()
     {
         camera().setSplitView(true);
@@ -286,13 +271,17 @@ private Q_SLOTS:
         refuse("overlay");
         showInterface(true, true);
         QCOMPARE(refusals, 1);
+        // The panorama alone is left, blurred: its edges are gone, the rest is where it was.
         QCOMPARE(FakeInterface::markIn(shown()), -1.0);
-        QVERIFY(!isEmpty());
+        const double same = PanoramaReference::compare(shown(), expected(), 16).share;
+        QVERIFY2(same > 0.8 && same < 0.98, qPrintable(QString::number(same)));
         refusedProgram.clear();
         modes().setEffect(Builder::TV);
         modes().setEffect(Builder::NO_EFFECT);
         QVERIFY(m_frames->wait(3));
         QVERIFY(FakeInterface::markIn(shown()) > 0);
+        m_interface.activated = false;
+        compare();
     }
 
 private:
@@ -350,9 +339,8 @@ private:
     /// What the window shows of the item.
     QImage shown()
     {
-        const QImage image = m_window->grabWindow();
         const qreal ratio = m_window->effectiveDevicePixelRatio();
-        return image.copy(QRect(QPoint(0, 0), (m_view->size() * ratio).toSize()));
+        return m_window->grabWindow().copy({QPoint(0, 0), (m_view->size() * ratio).toSize()});
     }
 
     QImage background()
