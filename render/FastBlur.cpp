@@ -2,6 +2,7 @@
 #include "render/FastBlur.h"
 
 #include "render/ShaderProgram.h"
+#include "render/UnitQuad.h"
 
 #include <QMatrix4x4>
 #include <QOpenGLContext>
@@ -11,8 +12,6 @@
 #include <QRect>
 
 namespace {
-
-constexpr GLfloat kQuad[] = {0, 0, 0, 1, 1, 1, 1, 0};
 
 // A Gaussian whose weights sum to 1: the outermost tap to the centre, and back the same way.
 constexpr const char *kWeights[] = {
@@ -128,8 +127,8 @@ void FastBlur::draw(QOpenGLFunctions *gl, const Pass &pass, uint texture, int ex
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     pass.program->enableAttributeArray(pass.position);
     pass.program->enableAttributeArray(pass.texCoord);
-    pass.program->setAttributeArray(pass.position, kQuad, 2);
-    pass.program->setAttributeArray(pass.texCoord, kQuad, 2);
+    pass.program->setAttributeArray(pass.position, UnitQuad::kCorners, 2);
+    pass.program->setAttributeArray(pass.texCoord, UnitQuad::kCorners, 2);
     gl->glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
     pass.program->disableAttributeArray(pass.position);
     pass.program->disableAttributeArray(pass.texCoord);

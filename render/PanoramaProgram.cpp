@@ -3,6 +3,7 @@
 
 #include "render/ShaderProgram.h"
 #include "render/ShaderSpecialiser.h"
+#include "render/UnitQuad.h"
 #include "render/VxShaderCodeBuilder.h"
 
 #include <QOpenGLContext>
@@ -13,19 +14,6 @@
 #include <cmath>
 
 namespace {
-
-// Both the positions and the texture coordinates of the quad.
-constexpr float kQuad[] = {0, 0, 0, 1, 1, 1, 1, 0};
-
-/// Places the unit quad exactly on the viewport.
-QMatrix4x4 quadMatrix()
-{
-    QMatrix4x4 matrix;
-    matrix.perspective(90, 1, 0.01F, 100);
-    matrix.translate(0, 0, -0.5F);
-    matrix.translate(-0.5F, -0.5F, 0);
-    return matrix;
-}
 
 /// Lengths and right angles are kept, up to what single precision loses.
 bool isRotation(const QMatrix4x4 &matrix)
@@ -106,7 +94,7 @@ void PanoramaProgram::lookUpLocations()
 
     // These hold for the life of the program.
     m_program->bind();
-    m_program->setUniformValue("matrix", quadMatrix());
+    m_program->setUniformValue("matrix", UnitQuad::matrix());
     m_program->setUniformValue("uSampler", 0);
     m_program->release();
 
@@ -141,8 +129,8 @@ void PanoramaProgram::draw(QOpenGLFunctions *gl, const PanoramaUniforms &uniform
 
     m_program->enableAttributeArray(m_vertex);
     m_program->enableAttributeArray(m_texture);
-    m_program->setAttributeArray(m_vertex, kQuad, 2);
-    m_program->setAttributeArray(m_texture, kQuad, 2);
+    m_program->setAttributeArray(m_vertex, UnitQuad::kCorners, 2);
+    m_program->setAttributeArray(m_texture, UnitQuad::kCorners, 2);
 
     gl->glActiveTexture(GL_TEXTURE0);
     if (m_enableTexture2D)

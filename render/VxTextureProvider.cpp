@@ -3,6 +3,7 @@
 
 #include "app/VxContext.h"
 #include "render/ShaderProgram.h"
+#include "render/UnitQuad.h"
 
 #include <QMatrix4x4>
 #include <QOpenGLContext>
@@ -39,8 +40,6 @@ constexpr char kCopyFragmentSource[] =
     "highp vec4 color = texture2D(src,tex.xy);\n"
     "gl_FragColor = vec4(color.r,color.g,color.b,color.a);\n"
     "}\n";
-
-constexpr float kQuad[] = {0, 0, 0, 1, 1, 1, 1, 0};
 
 } // namespace
 
@@ -278,8 +277,8 @@ void VxTextureProvider::copy(uint texture, const QSize &size)
     m_copyFunctions->glClear(GL_COLOR_BUFFER_BIT);
     m_copyProgram->enableAttributeArray(m_vertexLocation);
     m_copyProgram->enableAttributeArray(m_textureLocation);
-    m_copyProgram->setAttributeArray(m_vertexLocation, kQuad, 2);
-    m_copyProgram->setAttributeArray(m_textureLocation, kQuad, 2);
+    m_copyProgram->setAttributeArray(m_vertexLocation, UnitQuad::kCorners, 2);
+    m_copyProgram->setAttributeArray(m_textureLocation, UnitQuad::kCorners, 2);
     m_copyFunctions->glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
     m_copyProgram->disableAttributeArray(m_vertexLocation);
     m_copyProgram->disableAttributeArray(m_textureLocation);

@@ -3,7 +3,8 @@
 
 // Stands in for the interface's media loader and notes what the controller asks of it.
 
-#include <QObject>
+#include "tests/common/FakeApplication.h"
+
 #include <QStringList>
 #include <QUrl>
 #include <QVariantMap>
@@ -51,4 +52,19 @@ public:
     QList<Medium> media;
     QStringList calls;
     RecordingPlayer player;
+};
+
+/// A controller that opens its media in a loader that only notes them.
+class MediaApplication : public FakeApplication
+{
+    Q_OBJECT
+
+public:
+    MediaApplication()
+    {
+        makeObjects();
+        controller->setMediaLoader(&loader);
+    }
+
+    RecordingLoader loader;
 };

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Steps through a playlist and the timer of still images.
 #include "RecordingLoader.h"
-#include "tests/common/FakeApplication.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
 #include <memory>
+#include <tuple>
 
 class TestSlideShow : public QObject
 {
@@ -16,31 +16,122 @@ private Q_SLOTS:
 
     void init()
     {
-        m_app = std::make_unique<FakeApplication>();
-        m_app->makeObjects();
+        m_app = std::make_unique<MediaApplication>();
         m_controller = m_app->controller;
-        m_loader = std::make_unique<RecordingLoader>();
-        m_controller->setMediaLoader(m_loader.get());
-        m_timer = nullptr;
-        const auto timers = m_controller->findChildren<QTimer *>();
-        for (QTimer *timer : timers) {
-            if (!timer->isSingleShot())
-                m_timer = timer;
-        }
-        QVERIFY(m_timer);
+        m_timer = m_app->timer(false);
     }
 
-    void steps_data();
-    void steps();
-    void sameIndexIsNoStep();
-    void indexBeyondTheListShowsNothing();
-    void displayTime_data();
-    void displayTime();
-    void nextMediumEndsTheTime();
-    void pause();
-    void noTimeout();
-    void timeout_data();
-    void timeout();
+    void steps()
+    {
+        using Mode = VxGlobalObject;
+        const std::tuple<int, int, bool, int> rows[] = {
+            {Mode::NoLoop, 2, true, 0}, // the user's step goes round whatever the mode
+            {Mode::LoopFile, 0, true, 1}, {Mode::NoLoop, 0, false, 1},
+            {Mode::NoLoop, 2, false, -1}, // the end of the list
+            {Mode::LoopAll, 2, false, 0}, {Mode::LoopFile, 1, false, 1},
+        };
+        for (const auto &[loopMode, from, forced, shown] : rows) {
+            init();
+            openList(3);
+            m_controller->setLoopMode(loopMode);
+            m_controller->setPlayListIndex(from);
+            m_app->loader.media.clear();
+            QSignalSpy end(m_controller, &VxGlobalObject::endOfPlaylistReached);
+            m_controller->playListSetNext(forced);
+            QCOMPARE(end.count(), shown < 0 ? 1 : 0);
+            QCOMPARE(m_app->loader.media.size(), shown < 0 ? 0 : 1);
+            QCOMPARE(m_controller->playListIndex(), shown < 0 ? from : shown);
+        }
+    }
+
+    void sameIndexIsNoStep()
+    {
+        openList(3);
+        QSignalSpy changed(m_controller, &VxGlobalObject::playListIndexChanged);
+        m_controller->setPlayListIndex(0);
+        QCOMPARE(changed.count(), 0);
+        m_controller->setProperty("playListIndex", 7); // beyond the list
+        QCOMPARE(changed.count(), 1);
+        QVERIFY(m_app->loader.media.isEmpty());
+        m_controller->playListSetNext();
+        QCOMPARE(m_controller->playListIndex(), 2);
+        QCOMPARE(m_app->loader.media.size(), 1);
+
+        m_controller->clearPlayList();
+        QCOMPARE(changed.count(), 3);
+        m_controller->playListSetNext();
+        m_controller->playListSetPrevious();
+        QCOMPARE(m_controller->playListIndex(), -1);
+        QCOMPARE(m_app->loader.media.size(), 1);
+    }
+
+    void displayTime()
+    {
+        m_controller->startTimerNextImage();
+        QCOMPARE(m_timer->interval(), 30000);
+        // The last is as much as the timer can count.
+        const std::pair<int, int> rows[] = {{7, 7000}, {-7, 1000}, {99999999, 2147483000}};
+        for (const auto &[seconds, milliseconds] : rows) {
+            m_app->settingsObject->set("application/playlist/imageDisplayDuration", seconds);
+            m_controller->startTimerNextImage();
+            QCOMPARE(m_timer->interval(), milliseconds);
+        }
+        for (const bool none : {true, false}) {
+            m_timer->stop();
+            m_app->settingsObject->set("application/playlist/imageDisplayDurationNone", none);
+            m_controller->startTimerNextImage();
+            QCOMPARE(m_timer->isActive(), !none);
+        }
+    }
+
+    void nextMediumEndsTheTime()
+    {
+        openList(3);
+        m_controller->startTimerNextImage();
+        m_controller->playListSetNext();
+        QVERIFY(!m_timer->isActive());
+        m_controller->startTimerNextImage();
+        m_controller->openFile("/other.jpg");
+        QVERIFY(!m_timer->isActive());
+    }
+
+    void pause()
+    {
+        m_controller->startTimerNextImage();
+        m_controller->pauseTimerNextImage();
+        QVERIFY(!m_timer->isActive());
+        m_controller->pauseTimerNextImage(); // what remains is not forgotten
+        m_controller->resumeTimerNextImage();
+        QVERIFY(m_timer->isActive());
+        QVERIFY(m_timer->interval() > 25000 && m_timer->interval() < 32000);
+
+        // However little was left, the picture stays for a moment.
+        m_timer->start(500);
+        m_controller->pauseTimerNextImage();
+        m_controller->resumeTimerNextImage();
+        QCOMPARE(m_timer->interval(), 3000);
+    }
+
+    void timeout()
+    {
+        const std::tuple<int, int, QStringList, int> rows[] = {
+            {1, VxGlobalObject::NoLoop, {"stop"}, -1},
+            {1, VxGlobalObject::LoopAll, {"play"}, -1},
+            {1, VxGlobalObject::LoopFile, {"play"}, -1},
+            {2, VxGlobalObject::NoLoop, {}, 1},
+        };
+        for (const auto &[listSize, loopMode, calls, index] : rows) {
+            init();
+            openList(listSize);
+            m_controller->setLoopMode(loopMode);
+            // Once only: the real loader starts the time anew with the next picture.
+            connect(m_timer, &QTimer::timeout, m_timer, &QTimer::stop);
+            m_timer->start(1);
+            QTRY_VERIFY(!m_timer->isActive());
+            QCOMPARE(m_app->loader.calls, calls);
+            QCOMPARE(m_controller->playListIndex(), index);
+        }
+    }
 
 private:
     /// Opens a playlist of so many pictures and forgets what that asked of the loader.
@@ -50,175 +141,13 @@ private:
         for (int i = 0; i < size; ++i)
             files.append(QString("/%1.jpg").arg(i));
         m_controller->openFiles(files);
-        m_loader->media.clear();
+        m_app->loader.media.clear();
     }
 
-    std::unique_ptr<FakeApplication> m_app;
-    std::unique_ptr<RecordingLoader> m_loader;
+    std::unique_ptr<MediaApplication> m_app;
     VxGlobalObject *m_controller = nullptr;
     QTimer *m_timer = nullptr; // of the next image
 };
-
-void TestSlideShow::steps_data()
-{
-    QTest::addColumn<int>("loopMode");
-    QTest::addColumn<int>("from");
-    QTest::addColumn<QString>("step");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<int>("shown"); // -1: nothing is shown anew
-    QTest::addColumn<bool>("ends");
-    for (int mode : {0, 1, 2}) {
-        const auto row = [mode](const char *name) -> QTestData & {
-            return QTest::addRow("loop mode %d: %s", mode, name) << mode;
-        };
-        row("next") << 0 << "next" << 1 << 1 << false;
-        row("next after the last") << 2 << "next" << 0 << 0 << false;
-        row("previous") << 2 << "previous" << 1 << 1 << false;
-        row("previous before the first") << 0 << "previous" << 2 << 2 << false;
-    }
-    QTest::newRow("no loop: a medium ends") << 0 << 0 << "end" << 1 << 1 << false;
-    QTest::newRow("no loop: the last ends") << 0 << 2 << "end" << 2 << -1 << true;
-    QTest::newRow("loop all: the last ends") << 1 << 2 << "end" << 0 << 0 << false;
-    QTest::newRow("loop file: a medium ends") << 2 << 1 << "end" << 1 << 1 << false;
-}
-
-void TestSlideShow::steps()
-{
-    QFETCH(int, loopMode);
-    QFETCH(int, from);
-    QFETCH(QString, step);
-    QFETCH(int, shown);
-    openList(3);
-    m_controller->setLoopMode(loopMode);
-    m_controller->setPlayListIndex(from);
-    m_loader->media.clear();
-    QSignalSpy end(m_controller, &VxGlobalObject::endOfPlaylistReached);
-    if (step == "previous")
-        m_controller->playListSetPrevious();
-    else
-        m_controller->playListSetNext(step == "next");
-    QTEST(m_controller->playListIndex(), "index");
-    QCOMPARE(m_loader->media.size(), shown < 0 ? 0 : 1);
-    if (shown >= 0)
-        QCOMPARE(m_loader->media.first().url, m_controller->getPlayList().at(shown));
-    QTEST(end.count() == 1, "ends");
-}
-
-void TestSlideShow::sameIndexIsNoStep()
-{
-    openList(3);
-    QSignalSpy changed(m_controller, &VxGlobalObject::playListIndexChanged);
-    m_controller->setPlayListIndex(0);
-    QCOMPARE(changed.count(), 0);
-    QVERIFY(m_loader->media.isEmpty());
-    m_controller->setProperty("playListIndex", 2);
-    QCOMPARE(changed.count(), 1);
-    QCOMPARE(m_loader->media.size(), 1);
-
-    m_controller->clearPlayList();
-    QCOMPARE(changed.count(), 2);
-    m_controller->playListSetNext();
-    m_controller->playListSetPrevious();
-    QCOMPARE(m_controller->playListIndex(), -1);
-    QCOMPARE(m_loader->media.size(), 1);
-}
-
-void TestSlideShow::indexBeyondTheListShowsNothing()
-{
-    openList(3);
-    m_controller->setPlayListIndex(7);
-    m_controller->setLoopMode(VxGlobalObject::LoopFile);
-    QVERIFY(m_loader->media.isEmpty());
-    m_controller->playListSetNext();
-    QCOMPARE(m_controller->playListIndex(), 2);
-}
-
-void TestSlideShow::displayTime_data()
-{
-    QTest::addColumn<QVariant>("seconds");
-    QTest::addColumn<int>("milliseconds");
-    QTest::newRow("default") << QVariant() << 30000;
-    QTest::newRow("chosen") << QVariant(7) << 7000;
-    QTest::newRow("negative") << QVariant(-7) << 1000;
-    QTest::newRow("more than the timer can count") << QVariant(99999999) << 2147483000;
-}
-
-void TestSlideShow::displayTime()
-{
-    QFETCH(QVariant, seconds);
-    if (seconds.isValid())
-        m_app->settingsObject->set("application/playlist/imageDisplayDuration", seconds);
-    m_controller->startTimerNextImage();
-    QVERIFY(m_timer->isActive());
-    QTEST(m_timer->interval(), "milliseconds");
-}
-
-void TestSlideShow::nextMediumEndsTheTime()
-{
-    openList(3);
-    m_controller->startTimerNextImage();
-    m_controller->playListSetNext();
-    QVERIFY(!m_timer->isActive());
-    m_controller->startTimerNextImage();
-    m_controller->openFile("/other.jpg");
-    QVERIFY(!m_timer->isActive());
-}
-
-void TestSlideShow::pause()
-{
-    m_controller->startTimerNextImage();
-    m_controller->pauseTimerNextImage();
-    QVERIFY(!m_timer->isActive());
-    m_controller->pauseTimerNextImage(); // what remains is not forgotten
-    m_controller->resumeTimerNextImage();
-    QVERIFY(m_timer->isActive());
-    QVERIFY(m_timer->interval() > 25000 && m_timer->interval() < 32000);
-
-    // However little was left, the picture stays for a moment.
-    m_timer->start(500);
-    m_controller->pauseTimerNextImage();
-    m_controller->resumeTimerNextImage();
-    QCOMPARE(m_timer->interval(), 3000);
-}
-
-void TestSlideShow::noTimeout()
-{
-    m_app->settingsObject->set("application/playlist/imageDisplayDurationNone", true);
-    m_controller->startTimerNextImage();
-    QVERIFY(!m_timer->isActive());
-    m_app->settingsObject->set("application/playlist/imageDisplayDurationNone", false);
-    m_controller->startTimerNextImage();
-    QVERIFY(m_timer->isActive());
-}
-
-void TestSlideShow::timeout_data()
-{
-    QTest::addColumn<int>("listSize");
-    QTest::addColumn<int>("loopMode");
-    QTest::addColumn<QStringList>("calls");
-    QTest::addColumn<int>("index");
-    QTest::newRow("single picture") << 1 << 0 << QStringList{"stop"} << -1;
-    QTest::newRow("single picture, loop all") << 1 << 1 << QStringList{"play"} << -1;
-    QTest::newRow("single picture, loop file") << 1 << 2 << QStringList{"play"} << -1;
-    QTest::newRow("playlist") << 2 << 0 << QStringList() << 1;
-}
-
-void TestSlideShow::timeout()
-{
-    QFETCH(int, listSize);
-    QFETCH(int, loopMode);
-    QFETCH(QStringList, calls);
-    QFETCH(int, index);
-    openList(listSize);
-    m_controller->setLoopMode(loopMode);
-    m_app->settingsObject->set("application/playlist/imageDisplayDuration", 0);
-    m_controller->startTimerNextImage();
-    // Once only: the real loader starts the time anew with the next picture.
-    connect(m_timer, &QTimer::timeout, m_timer, &QTimer::stop);
-    QTRY_VERIFY(!m_timer->isActive());
-    QCOMPARE(m_loader->calls, calls);
-    QCOMPARE(m_controller->playListIndex(), index);
-}
 
 QTEST_GUILESS_MAIN(TestSlideShow)
 #include "tst_slideshow.moc"

@@ -10,6 +10,7 @@
 #include "tests/common/FakeContext.h"
 
 #include <QObject>
+#include <QTimer>
 
 /// Makes and connects the objects as the program does. The settings have their defaults and are
 /// never written. A window, if there is one, must be given before the objects are made, and go
@@ -35,6 +36,17 @@ public:
         connect(builder, &VxShaderCodeBuilder::projectionSourceChanged, controller,
                 &VxGlobalObject::onProjectionChanged);
         controller->setFovLimits();
+    }
+
+    /// The controller's timer of the next image, or its single-shot one that guards a user's move.
+    QTimer *timer(bool singleShot) const
+    {
+        const auto timers = controller->findChildren<QTimer *>();
+        for (QTimer *candidate : timers) {
+            if (candidate->isSingleShot() == singleShot)
+                return candidate;
+        }
+        return nullptr;
     }
 
     ~FakeApplication() override

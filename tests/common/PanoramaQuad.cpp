@@ -2,41 +2,22 @@
 #include "tests/common/PanoramaQuad.h"
 
 #include "render/ShaderProgram.h"
+#include "render/UnitQuad.h"
 
 #include <QMatrix4x4>
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLShaderProgram>
 #include <QVector2D>
+#include <QtMath>
 
 namespace {
 
-constexpr GLfloat kQuad[] = {0, 0, 0, 1, 1, 1, 1, 0};
-
-// The unit square, exactly on the viewport.
-QMatrix4x4 quadMatrix()
-{
-    QMatrix4x4 matrix;
-    matrix.perspective(90, 1, 0.01F, 100);
-    matrix.translate(0, 0, -0.5F);
-    matrix.translate(-0.5F, -0.5F, 0);
-    return matrix;
-}
-
 QMatrix4x4 cameraMatrix(const PanoramaScene &scene)
 {
-    const double sY = std::sin(scene.yaw);
-    const double cY = std::cos(scene.yaw);
-    const double sP = std::sin(scene.pitch);
-    const double cP = std::cos(scene.pitch);
-    const double sR = std::sin(scene.roll);
-    const double cR = std::cos(scene.roll);
-    const auto column = [](double x, double y, double z) {
-        return QVector4D(float(x), float(y), float(z), 0);
-    };
     QMatrix4x4 matrix;
-    matrix.setColumn(0, column(cR * cY + sR * sY * sP, sR * cP, sY * cR - sR * cY * sP));
-    matrix.setColumn(1, column(sY * sP * cR - sR * cY, cR * cP, -sR * sY - cR * cY * sP));
-    matrix.setColumn(2, column(-sY * cP, sP, cP * cY));
+    matrix.rotate(float(qRadiansToDegrees(-scene.yaw)), 0, 1, 0);
+    matrix.rotate(float(qRadiansToDegrees(-scene.pitch)), 1, 0, 0);
+    matrix.rotate(float(qRadiansToDegrees(scene.roll)), 0, 0, 1);
     return matrix;
 }
 
@@ -77,7 +58,7 @@ void PanoramaQuad::setUniforms(const PanoramaScene &scene, int eye)
     const ProjectionParameters lens = VxShaderCodeBuilder::projectionParameters(float(scene.fov));
 
     m_program->bind();
-    m_program->setUniformValue("matrix", quadMatrix());
+    m_program->setUniformValue("matrix", UnitQuad::matrix());
     m_program->setUniformValue("uMatViewInverse", cameraMatrix(scene));
     m_program->setUniformValue("uSampler", 0);
     m_program->setUniformValue("uEye", eye);
@@ -107,7 +88,7 @@ void PanoramaQuad::draw(QOpenGLFunctions *gl, GLuint texture)
     const int place = m_program->attributeLocation("texture");
     for (const int attribute : {vertex, place}) {
         m_program->enableAttributeArray(attribute);
-        m_program->setAttributeArray(attribute, kQuad, 2);
+        m_program->setAttributeArray(attribute, UnitQuad::kCorners, 2);
     }
     gl->glActiveTexture(GL_TEXTURE0);
     gl->glBindTexture(GL_TEXTURE_2D, texture);

@@ -65,11 +65,12 @@ struct Comparison
     double share = 0; ///< of the pixels, those within the tolerance in every channel
     int worst = 0; ///< largest difference of a channel
     QPoint worstAt;
+
+    /// The numbers, for the message of a test.
+    QByteArray text() const;
 };
 
-/// Compares the colours, not alpha. Pictures of different sizes share nothing. `difference`, if
-/// given, gets the differences amplified.
-Comparison compare(const QImage &actual, const QImage &expected, int tolerance = 8,
-                   QImage *difference = nullptr);
+/// Compares the colours, not alpha. Pictures of different sizes share nothing.
+Comparison compare(const QImage &actual, const QImage &expected, int tolerance = 8);
 
 } // namespace PanoramaReference

@@ -7,15 +7,19 @@
 #include "settings/VxSettings.h"
 #include "settings/VxSettingsKeys.h"
 #include "tests/common/FakeContext.h"
+#include "tests/common/PanoramaQuad.h"
 #include "tests/settings/ScratchConfig.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QOpenGLShaderProgram>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 using Builder = VxShaderCodeBuilder;
 
@@ -45,21 +49,241 @@ class tst_ShaderCodeBuilder : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void vertexAndCopy();
-    void everyFragment();
-    void startsFromTheSettings();
-    void signalsChangesOnly();
-    void nextEffectWraps();
-    void nextProjectionGoesThroughTheSettings_data();
-    void nextProjectionGoesThroughTheSettings();
-    void switchesEyes_data();
-    void switchesEyes();
-    void hostPluginFlipsAndSwaps();
-    void lensOfTheAdaptiveProjection_data();
-    void lensOfTheAdaptiveProjection();
-    void specialisesDeclaredUniformsOnly();
+
+    void initTestCase()
+    {
+        QFile file(QStringLiteral(TAVRO_SOURCE_DIR "/tests/data/panorama_shader.json"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        m_pieces = QJsonDocument::fromJson(file.readAll()).object();
+        QVERIFY(!m_pieces.isEmpty());
+    }
+
+    void init()
+    {
+        m_settings.reset(new VxSettings(QStringLiteral("tst_shadercodebuilder")));
+        m_settings->load();
+        m_context = FakeContext();
+        m_context.settingsObject = m_settings.data();
+        m_builder.reset(new Builder(&m_context));
+    }
+
+    void vertexAndCopy()
+    {
+        QCOMPARE(Builder::vertexShaderSource(), piece("vertex"));
+        QCOMPARE(m_builder->copyFragmentSource(),
+                 piece("copyBegin") + piece("copy") + piece("copyEnd"));
+        m_builder->setInvertedColors(true);
+        QCOMPARE(m_builder->copyFragmentSource(),
+                 piece("copyBegin") + piece("copySwapped") + piece("copyEnd"));
+    }
+
+    // Every combination of modes and arguments, and numbers outside the enumerations.
+    void everyFragment()
+    {
+        const auto check = [this](const Arguments &arguments) {
+            const QByteArray text =
+                m_builder->fragmentShaderSource(arguments.hmd, arguments.overlay, arguments.flipY);
+            const QVector<QByteArray> parts = expected(arguments);
+            // The inside of the cube's faces is judged by its pixels.
+            if (m_builder->projectionSource() == Builder::CUBEMAP)
+                return text.startsWith(parts[0] + parts[1]) && text.endsWith(parts[2])
+                    && text.count("return uv;}") == 1 && text.contains(piece("cubeExpand"))
+                    && text.contains(piece("cubeOffset"));
+            return text == parts[0] + parts[1] + parts[2];
+        };
+        for (const int projection : around(Builder::LAST_VALUE_PROJECTION)) {
+            m_builder->setProjection(projection);
+            for (const int source : around(Builder::LAST_VALUE_INPUTPROJECTION)) {
+                m_builder->setProjectionSource(source);
+                for (const int stereo : around(Builder::STEREO_AUTO)) {
+                    m_builder->setStereoMode(stereo);
+                    for (const int effect : around(Builder::LAST_VALUE_EFFECT)) {
+                        m_builder->setEffect(effect);
+                        for (int bits = 0; bits < 32; ++bits) {
+                            m_builder->setInvertedColors((bits & 8) != 0);
+                            m_builder->setRotationSource((bits & 16) != 0 ? 2 : 0);
+                            const Arguments arguments{(bits & 1) != 0, (bits & 2) != 0,
+                                                      (bits & 4) != 0};
+                            m_texts.insert(m_builder->fragmentShaderSource(
+                                arguments.hmd, arguments.overlay, arguments.flipY));
+                            QVERIFY2(
+                                check(arguments),
+                                qPrintable(QString("projection %1 source %2 stereo %3 effect %4 "
+                                                   "bits %5")
+                                               .arg(projection)
+                                               .arg(source)
+                                               .arg(stereo)
+                                               .arg(effect)
+                                               .arg(bits)));
+                        }
+                    }
+                }
+            }
+        }
+    }
+
+    // Without a word from the driver.
+    void everyTextBuilds()
+    {
+        const auto build = [](const ShaderTexts &texts) {
+            QOpenGLShaderProgram program;
+            const bool isLinked =
+                program.addShaderFromSourceCode(QOpenGLShader::Vertex, texts.vertex)
+                && program.addShaderFromSourceCode(QOpenGLShader::Fragment, texts.fragment)
+                && program.link();
+            QString log = program.log();
+            for (const QOpenGLShader *shader : program.shaders())
+                log += shader->log();
+            QVERIFY2(isLinked && log.isEmpty(),
+                     qPrintable(log + QString::fromLatin1(texts.fragment)));
+        };
+        const OffscreenContext context;
+        QVERIFY(context.isValid());
+        // 21 rays with sources, 2 flips, then 8 effects with 5 stereo layouts and 2 orders of the
+        // channels, or with the overlay.
+        QCOMPARE(m_texts.size(), 21 * 2 * 8 * (5 * 2 + 1));
+        int cheap = 0;
+        for (const QByteArray &text : qAsConst(m_texts)) {
+            build({Builder::vertexShaderSource(), text});
+            // One of each ray, source and effect; the other sections are as before.
+            if (!text.contains("uEye ==") && !text.contains(".bgr")
+                && !text.contains("1.0 - a.y;if")) {
+                const auto constants = ShaderSpecialiser::gradingConstants()
+                    + ShaderSpecialiser::fullSphereConstants();
+                build(ShaderSpecialiser::streamline(
+                    {Builder::vertexShaderSource(), ShaderSpecialiser::specialise(text, constants)},
+                    true));
+                ++cheap;
+            }
+            if (QTest::currentTestFailed())
+                return;
+        }
+        QVERIFY(cheap > 0);
+    }
+
+    void startsFromTheSettings()
+    {
+        m_settings->set(VxSettingsKeys::kOutputProjection.instance, 3);
+        m_settings->set(VxSettingsKeys::kInputStereoscopy.instance, 2);
+        m_settings->set(VxSettingsKeys::kInputProjection.instance, 1);
+        const Builder builder(&m_context);
+        QCOMPARE(builder.projection(), 3);
+        QCOMPARE(builder.stereoMode(), 2);
+        QCOMPARE(builder.projectionSource(), 1);
+        QCOMPARE(builder.effect(), 0);
+        QVERIFY(!builder.invertedColors());
+    }
+
+    void signalsChangesOnly()
+    {
+        const QVector<QPair<const char *, QVariant>> changes{
+            {"hmdMode", true},        {"effect", 3},
+            {"projection", 2},        {"stereoMode", 4},
+            {"rotationSource", 2},    {"projectionSource", 3},
+            {"invertedColors", true}, {"texturePixelFormat", QStringLiteral("I420")},
+        };
+        for (const auto &[name, value] : changes) {
+            const QMetaProperty property =
+                m_builder->metaObject()->property(m_builder->metaObject()->indexOfProperty(name));
+            QSignalSpy spy(m_builder.data(), property.notifySignal());
+            QVERIFY2(property.write(m_builder.data(), value), name);
+            QCOMPARE(property.read(m_builder.data()), value);
+            QVERIFY2(property.write(m_builder.data(), value), name);
+            QCOMPARE(spy.count(), 1);
+        }
+    }
+
+    void nextModesWrap()
+    {
+        for (const auto &[effect, next] : {std::pair(6, 7), std::pair(7, 0), std::pair(99, 0)}) {
+            m_builder->setEffect(effect);
+            m_builder->setNextEffect();
+            QCOMPARE(m_builder->effect(), next);
+        }
+        const QString key = VxSettingsKeys::kOutputProjection.instance;
+        for (const auto &[projection, next] :
+             {std::pair(0, 1), std::pair(3, 0), std::pair(17, 0)}) {
+            m_settings->set(key, 77);
+            m_builder->setProjection(projection);
+            m_builder->setNextProjection();
+            QCOMPARE(m_settings->get(key).toInt(), next);
+            // The controller writes the property when it sees the setting.
+            QCOMPARE(m_builder->projection(), projection);
+        }
+    }
+
+    void switchesEyes()
+    {
+        QSignalSpy settings(m_settings.data(), &VxSettings::settingsChanged);
+        const int pairs[][2] = {{0, 0}, {1, 3}, {2, 4}, {3, 1}, {4, 2}, {5, 5}, {-1, -1}, {6, 6}};
+        for (const auto &[mode, switched] : pairs) {
+            m_builder->setStereoMode(mode);
+            m_builder->switchEyeStereoscopy();
+            QCOMPARE(m_builder->stereoMode(), switched);
+        }
+        QCOMPARE(settings.count(), 0);
+    }
+
+    void hostPluginFlipsAndSwaps()
+    {
+        m_context.options.insert(QStringLiteral("adobeplugin"), false);
+        m_builder->fragmentShaderSource(false, false, false);
+        QVERIFY(!m_builder->invertedColors());
+
+        m_context.options.insert(QStringLiteral("adobeplugin"), true);
+        QSignalSpy changed(m_builder.data(), &Builder::invertedColorsChanged);
+        const QByteArray text = m_builder->fragmentShaderSource(false, false, false);
+        QVERIFY(m_builder->invertedColors());
+        QCOMPARE(changed.count(), 0);
+        const QVector<QByteArray> parts = expected({false, false, true});
+        QCOMPARE(text, parts[0] + parts[1] + parts[2]);
+        QVERIFY(text.contains(piece("flipY")) && text.contains(piece("sampleSwapped")));
+    }
+
+    void lensOfTheAdaptiveProjection()
+    {
+        const double quarter = (1 - std::sqrt(0.5)) / 2;
+        const std::tuple<float, double, double> rows[] = {
+            {40, 0, std::tan(M_PI / 9)}, // rectilinear
+            {60, 0, std::tan(M_PI / 6)},
+            {90, quarter, (1 + quarter) / (quarter + std::sqrt(0.5)) * std::sqrt(0.5)},
+            {120, 0.5, 1.5 * std::sqrt(0.75)},
+            {180, 1, 2},
+            {240, 1, 2 * std::tan(M_PI / 3)}, // stereographic
+        };
+        for (const auto &[fov, distance, scale] : rows) {
+            const ProjectionParameters lens = Builder::projectionParameters(fov);
+            QVERIFY2(std::abs(double(lens.distance) - distance) < 1e-6
+                         && std::abs(double(lens.scale) - scale) < 2e-6,
+                     qPrintable(QString::number(double(fov))));
+        }
+    }
+
+    void specialisesDeclaredUniformsOnly()
+    {
+        const QByteArray text =
+            "uniform float uTime;uniform float uTimeScale;uniform mat4 uColorMatrix;";
+        const float tiny = 1.0e-7F;
+        const QVector<float> matrix(16, 0.5F);
+        const QByteArray special = ShaderSpecialiser::specialise(
+            text, {{"uTime", {tiny}}, {"uColorMatrix", matrix}, {"uAbsent", {1}}});
+        QVERIFY2(special.startsWith("const float uTime = float("), special.constData());
+        QVERIFY2(
+            special.contains("uniform float uTimeScale;const mat4 uColorMatrix = mat4(0.5, 0.5"),
+            special.constData());
+        const int begin = special.indexOf('(') + 1;
+        QCOMPARE(special.mid(begin, special.indexOf(')') - begin).toFloat(), tiny);
+
+        const float infinity = std::numeric_limits<float>::infinity();
+        QCOMPARE(ShaderSpecialiser::specialise(
+                     text, {{"uTime", {infinity}}, {"uTimeScale", {1, 2}}, {"uColorMatrix", {1}}}),
+                 text);
+
+        const float pi = float(M_PI);
+        QVERIFY(ShaderSpecialiser::isFullSphere(-pi, pi, -pi / 2, pi / 2));
+        QVERIFY(!ShaderSpecialiser::isFullSphere(-pi, std::nextafter(pi, 0.0F), -pi / 2, pi / 2));
+        QVERIFY(!ShaderSpecialiser::isFullSphere(-pi, pi, -pi / 2, 0));
+    }
 
 private:
     QByteArray piece(const QString &name) const
@@ -75,281 +299,61 @@ private:
     }
 
     /// The text up to the source's coordinates, those coordinates, and the text after them.
-    QVector<QByteArray> expected(const Arguments &arguments) const;
+
+    QVector<QByteArray> expected(const Arguments &arguments) const
+    {
+        const Builder &b = *m_builder;
+        QByteArray before =
+            piece("header") + piece("declarations") + piece("functions") + piece("mapBegin");
+        if (b.projectionSource() != Builder::STANDARD) {
+            if (arguments.hmd)
+                before += piece("ray1hmd");
+            else if (b.projection() >= 1 && b.projection() <= 3)
+                before += piece(QStringLiteral("ray%1").arg(b.projection()));
+            else
+                before += piece("ray0");
+        }
+
+        QByteArray source;
+        switch (b.projectionSource()) {
+        case 1:
+            source = piece("source1");
+            break;
+        case 2:
+            source = piece("cubeBegin");
+            break;
+        case 3:
+            source = b.rotationSource() == 2 ? piece("fisheyeTurned") : QByteArray();
+            source += piece("source3");
+            break;
+        default:
+            source = piece("source0");
+        }
+
+        QByteArray after = piece("mapEnd") + piece("mainBegin");
+        if (arguments.flipY)
+            after += piece("flipY");
+        if (arguments.overlay)
+            after += piece("overlay");
+        after += piece("reject");
+        if (arguments.overlay)
+            after += piece("sampleOverlay");
+        else
+            after += optional(QStringLiteral("stereo%1").arg(b.stereoMode())) + piece("opaque")
+                + piece(b.invertedColors() ? "sampleSwapped" : "sample");
+        after += piece("guard") + piece("colorMatrix") + piece("grading")
+            + optional(QStringLiteral("effect%1").arg(b.effect())) + piece("vignette")
+            + piece("end");
+        return {before, source, after};
+    }
 
     ScratchConfig m_scratch;
     QJsonObject m_pieces;
+    QSet<QByteArray> m_texts; // of all combinations
     QScopedPointer<VxSettings> m_settings;
     FakeContext m_context;
     QScopedPointer<Builder> m_builder;
 };
 
-void tst_ShaderCodeBuilder::initTestCase()
-{
-    QFile file(QStringLiteral(TAVRO_SOURCE_DIR "/tests/data/panorama_shader.json"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    m_pieces = QJsonDocument::fromJson(file.readAll()).object();
-    QVERIFY(!m_pieces.isEmpty());
-}
-
-void tst_ShaderCodeBuilder::init()
-{
-    m_settings.reset(new VxSettings(QStringLiteral("tst_shadercodebuilder")));
-    m_settings->load();
-    m_context = FakeContext();
-    m_context.settingsObject = m_settings.data();
-    m_builder.reset(new Builder(&m_context));
-}
-
-QVector<QByteArray> tst_ShaderCodeBuilder::expected(const Arguments &arguments) const
-{
-    const Builder &b = *m_builder;
-    QByteArray before =
-        piece("header") + piece("declarations") + piece("functions") + piece("mapBegin");
-    if (b.projectionSource() != Builder::STANDARD) {
-        if (arguments.hmd)
-            before += piece("ray1hmd");
-        else if (b.projection() >= 1 && b.projection() <= 3)
-            before += piece(QStringLiteral("ray%1").arg(b.projection()));
-        else
-            before += piece("ray0");
-    }
-
-    QByteArray source;
-    switch (b.projectionSource()) {
-    case 1:
-        source = piece("source1");
-        break;
-    case 2:
-        source = piece("cubeBegin");
-        break;
-    case 3:
-        source = b.rotationSource() == 2 ? piece("fisheyeTurned") : QByteArray();
-        source += piece("source3");
-        break;
-    default:
-        source = piece("source0");
-    }
-
-    QByteArray after = piece("mapEnd") + piece("mainBegin");
-    if (arguments.flipY)
-        after += piece("flipY");
-    if (arguments.overlay)
-        after += piece("overlay");
-    after += piece("reject");
-    if (arguments.overlay)
-        after += piece("sampleOverlay");
-    else
-        after += optional(QStringLiteral("stereo%1").arg(b.stereoMode())) + piece("opaque")
-            + piece(b.invertedColors() ? "sampleSwapped" : "sample");
-    after += piece("guard") + piece("colorMatrix") + piece("grading")
-        + optional(QStringLiteral("effect%1").arg(b.effect())) + piece("vignette") + piece("end");
-    return {before, source, after};
-}
-
-void tst_ShaderCodeBuilder::vertexAndCopy()
-{
-    QCOMPARE(Builder::vertexShaderSource(), piece("vertex"));
-    QCOMPARE(m_builder->copyFragmentSource(),
-             piece("copyBegin") + piece("copy") + piece("copyEnd"));
-    m_builder->setInvertedColors(true);
-    QCOMPARE(m_builder->copyFragmentSource(),
-             piece("copyBegin") + piece("copySwapped") + piece("copyEnd"));
-}
-
-// Every combination of modes and arguments, and numbers outside the enumerations.
-void tst_ShaderCodeBuilder::everyFragment()
-{
-    const auto check = [this](const Arguments &arguments) {
-        const QByteArray text =
-            m_builder->fragmentShaderSource(arguments.hmd, arguments.overlay, arguments.flipY);
-        const QVector<QByteArray> parts = expected(arguments);
-        // The inside of the cube's faces is judged by its pixels.
-        if (m_builder->projectionSource() == Builder::CUBEMAP)
-            return text.startsWith(parts[0] + parts[1]) && text.endsWith(parts[2])
-                && text.count("return uv;}") == 1 && text.contains(piece("cubeExpand"))
-                && text.contains(piece("cubeOffset"));
-        return text == parts[0] + parts[1] + parts[2];
-    };
-    for (const int projection : around(Builder::LAST_VALUE_PROJECTION)) {
-        m_builder->setProjection(projection);
-        for (const int source : around(Builder::LAST_VALUE_INPUTPROJECTION)) {
-            m_builder->setProjectionSource(source);
-            for (const int stereo : around(Builder::STEREO_AUTO)) {
-                m_builder->setStereoMode(stereo);
-                for (const int effect : around(Builder::LAST_VALUE_EFFECT)) {
-                    m_builder->setEffect(effect);
-                    for (int bits = 0; bits < 32; ++bits) {
-                        m_builder->setInvertedColors((bits & 8) != 0);
-                        m_builder->setRotationSource((bits & 16) != 0 ? 2 : 0);
-                        const Arguments arguments{(bits & 1) != 0, (bits & 2) != 0,
-                                                  (bits & 4) != 0};
-                        if (!check(arguments))
-                            QFAIL(qPrintable(QStringLiteral("projection %1 source %2 stereo %3 "
-                                                            "effect %4 bits %5")
-                                                 .arg(projection)
-                                                 .arg(source)
-                                                 .arg(stereo)
-                                                 .arg(effect)
-                                                 .arg(bits)));
-                    }
-                }
-            }
-        }
-    }
-}
-
-void tst_ShaderCodeBuilder::startsFromTheSettings()
-{
-    m_settings->set(VxSettingsKeys::kOutputProjection.instance, 3);
-    m_settings->set(VxSettingsKeys::kInputStereoscopy.instance, 2);
-    m_settings->set(VxSettingsKeys::kInputProjection.instance, 1);
-    const Builder builder(&m_context);
-    QCOMPARE(builder.projection(), 3);
-    QCOMPARE(builder.stereoMode(), 2);
-    QCOMPARE(builder.projectionSource(), 1);
-    QCOMPARE(builder.effect(), 0);
-    QVERIFY(!builder.invertedColors());
-}
-
-void tst_ShaderCodeBuilder::signalsChangesOnly()
-{
-    const QVector<QPair<const char *, QVariant>> changes{
-        {"hmdMode", true},        {"effect", 3},
-        {"projection", 2},        {"stereoMode", 4},
-        {"rotationSource", 2},    {"projectionSource", 3},
-        {"invertedColors", true}, {"texturePixelFormat", QStringLiteral("I420")},
-    };
-    for (const auto &[name, value] : changes) {
-        const QMetaProperty property =
-            m_builder->metaObject()->property(m_builder->metaObject()->indexOfProperty(name));
-        QSignalSpy spy(m_builder.data(), property.notifySignal());
-        QVERIFY2(property.write(m_builder.data(), value), name);
-        QCOMPARE(property.read(m_builder.data()), value);
-        QVERIFY2(property.write(m_builder.data(), value), name);
-        QCOMPARE(spy.count(), 1);
-    }
-}
-
-void tst_ShaderCodeBuilder::nextEffectWraps()
-{
-    m_builder->setEffect(Builder::YELLOW_ONLY);
-    m_builder->setNextEffect();
-    QCOMPARE(m_builder->effect(), int(Builder::BLUE_ONLY));
-    m_builder->setNextEffect();
-    QCOMPARE(m_builder->effect(), int(Builder::NO_EFFECT));
-    m_builder->setEffect(99);
-    m_builder->setNextEffect();
-    QCOMPARE(m_builder->effect(), int(Builder::NO_EFFECT));
-}
-
-void tst_ShaderCodeBuilder::nextProjectionGoesThroughTheSettings_data()
-{
-    QTest::addColumn<int>("projection");
-    QTest::addColumn<int>("next");
-    QTest::newRow("adaptive to rectilinear") << int(Builder::TAVRO) << int(Builder::RECTILINEAR);
-    QTest::newRow("fisheye back to the first") << int(Builder::FISHEYE) << int(Builder::TAVRO);
-    QTest::newRow("beyond the last") << 17 << int(Builder::TAVRO);
-}
-
-void tst_ShaderCodeBuilder::nextProjectionGoesThroughTheSettings()
-{
-    QFETCH(const int, projection);
-    QFETCH(const int, next);
-    m_settings->set(VxSettingsKeys::kOutputProjection.instance, 77);
-    m_builder->setProjection(projection);
-    m_builder->setNextProjection();
-    QCOMPARE(m_settings->get(VxSettingsKeys::kOutputProjection.instance).toInt(), next);
-    // The controller writes the property when it sees the setting.
-    QCOMPARE(m_builder->projection(), projection);
-}
-
-void tst_ShaderCodeBuilder::switchesEyes_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("switched");
-    const int pairs[][2] = {{0, 0}, {1, 3}, {2, 4}, {3, 1}, {4, 2}, {5, 5}, {-1, -1}, {6, 6}};
-    for (const auto &[mode, switched] : pairs)
-        QTest::addRow("stereo mode %d", mode) << mode << switched;
-}
-
-void tst_ShaderCodeBuilder::switchesEyes()
-{
-    QFETCH(const int, mode);
-    QFETCH(const int, switched);
-    m_builder->setStereoMode(mode);
-    QSignalSpy settings(m_settings.data(), &VxSettings::settingsChanged);
-    m_builder->switchEyeStereoscopy();
-    QCOMPARE(m_builder->stereoMode(), switched);
-    QCOMPARE(settings.count(), 0);
-}
-
-void tst_ShaderCodeBuilder::hostPluginFlipsAndSwaps()
-{
-    m_context.options.insert(QStringLiteral("adobeplugin"), false);
-    m_builder->fragmentShaderSource(false, false, false);
-    QVERIFY(!m_builder->invertedColors());
-
-    m_context.options.insert(QStringLiteral("adobeplugin"), true);
-    QSignalSpy changed(m_builder.data(), &Builder::invertedColorsChanged);
-    const QByteArray text = m_builder->fragmentShaderSource(false, false, false);
-    QVERIFY(m_builder->invertedColors());
-    QCOMPARE(changed.count(), 0);
-    const QVector<QByteArray> parts = expected({false, false, true});
-    QCOMPARE(text, parts[0] + parts[1] + parts[2]);
-    QVERIFY(text.contains(piece("flipY")) && text.contains(piece("sampleSwapped")));
-}
-
-void tst_ShaderCodeBuilder::lensOfTheAdaptiveProjection_data()
-{
-    QTest::addColumn<float>("fov");
-    QTest::addColumn<double>("distance");
-    QTest::addColumn<double>("scale");
-    QTest::newRow("narrow: rectilinear") << 40.0F << 0.0 << std::tan(M_PI / 9);
-    QTest::newRow("the last rectilinear") << 60.0F << 0.0 << std::tan(M_PI / 6);
-    QTest::newRow("halfway") << 120.0F << 0.5 << 1.5 * std::sqrt(0.75) / (0.5 + 0.5);
-    QTest::newRow("a quarter") << 90.0F << (1 - std::sqrt(0.5)) / 2
-                               << (1 + (1 - std::sqrt(0.5)) / 2) / (1 + (std::sqrt(0.5) - 0.5));
-    QTest::newRow("stereographic") << 180.0F << 1.0 << 2.0;
-    QTest::newRow("wide: stereographic") << 240.0F << 1.0 << 2 * std::tan(M_PI / 3);
-}
-
-void tst_ShaderCodeBuilder::lensOfTheAdaptiveProjection()
-{
-    QFETCH(const float, fov);
-    QFETCH(const double, distance);
-    QFETCH(const double, scale);
-    const ProjectionParameters lens = Builder::projectionParameters(fov);
-    QVERIFY2(std::abs(double(lens.distance) - distance) < 1e-6,
-             qPrintable(QString::number(double(lens.distance))));
-    QVERIFY2(std::abs(double(lens.scale) - scale) < 2e-6,
-             qPrintable(QString::number(double(lens.scale), 'g', 9)));
-}
-
-void tst_ShaderCodeBuilder::specialisesDeclaredUniformsOnly()
-{
-    const QByteArray text =
-        "uniform float uTime;uniform float uTimeScale;uniform mat4 uColorMatrix;";
-    const float tiny = 1.0e-7F;
-    const QVector<float> matrix(16, 0.5F);
-    const QByteArray special = ShaderSpecialiser::specialise(
-        text, {{"uTime", {tiny}}, {"uColorMatrix", matrix}, {"uAbsent", {1}}});
-    QVERIFY2(special.startsWith("const float uTime = float("), special.constData());
-    QVERIFY2(special.contains("uniform float uTimeScale;const mat4 uColorMatrix = mat4(0.5, 0.5"),
-             special.constData());
-    const int begin = special.indexOf('(') + 1;
-    QCOMPARE(special.mid(begin, special.indexOf(')') - begin).toFloat(), tiny);
-
-    const float infinity = std::numeric_limits<float>::infinity();
-    QCOMPARE(ShaderSpecialiser::specialise(
-                 text, {{"uTime", {infinity}}, {"uTimeScale", {1, 2}}, {"uColorMatrix", {1}}}),
-             text);
-
-    const float pi = float(M_PI);
-    QVERIFY(ShaderSpecialiser::isFullSphere(-pi, pi, -pi / 2, pi / 2));
-    QVERIFY(!ShaderSpecialiser::isFullSphere(-pi, std::nextafter(pi, 0.0F), -pi / 2, pi / 2));
-    QVERIFY(!ShaderSpecialiser::isFullSphere(-pi, pi, -pi / 2, 0));
-}
-
-QTEST_GUILESS_MAIN(tst_ShaderCodeBuilder)
+QTEST_MAIN(tst_ShaderCodeBuilder)
 #include "tst_shadercodebuilder.moc"

@@ -60,30 +60,183 @@ class TestTextureProvider : public QObject
 
 private Q_SLOTS:
 
-    void init();
-    void cleanup();
-    void startsEmpty();
-    void plainTexture();
-    void playerCountsItsFrames();
-    void arrivesInItsFrame_data();
-    void arrivesInItsFrame();
-    void revisionTellsOfChanges();
-    void picture_data();
-    void picture();
-    void followsTheSize_data();
-    void followsTheSize();
-    void nothingToWatch();
-    void itemIsDeleted();
-    void newSceneGraph_data();
-    void newSceneGraph();
-    void goesBeforeTheWindow();
-
-private:
-    void make(bool copyTexture = true)
+    void init()
     {
-        m_provider = std::make_unique<VxTextureProvider>(&m_context, copyTexture, false);
+        m_view = std::make_unique<QQuickView>();
+        auto *component = new QQmlComponent(m_view->engine(), m_view.get());
+        component->setData(kScene, QUrl("qrc:/scene.qml"));
+        m_view->setContent(component->url(), component, component->create());
+        QVERIFY(m_view->rootObject());
+        m_source = m_view->rootObject()->property("source").value<QQuickItem *>();
+        m_picture = m_view->rootObject()->property("picture").value<QQuickItem *>();
+        m_frames = std::make_unique<RenderThread::FrameCounter>(*m_view);
+        m_view->show();
+        QVERIFY(m_frames->wait(2));
+        m_context.windowObject = m_view.get();
+        m_provider = std::make_unique<VxTextureProvider>(&m_context, true, false);
     }
 
+    void cleanup()
+    {
+        m_frames.reset();
+        m_view.reset();
+        m_provider.reset();
+    }
+
+    void tellsOfChanges()
+    {
+        QSignalSpy ids(m_provider.get(), &VxTextureProvider::textureIdChanged);
+        QSignalSpy sizes(m_provider.get(), &VxTextureProvider::textureSizeChanged);
+        const unsigned revision = m_provider->contentRevision();
+        for (int times = 0; times < 2; ++times) {
+            m_provider->setTextureId(7);
+            m_provider->setTextureSize(QSize(8, 4));
+        }
+        QCOMPARE(ids.count(), 1);
+        QCOMPARE(sizes.count(), 1);
+        QCOMPARE(m_provider->contentRevision(), revision + 1);
+
+        FramePlayer player;
+        m_provider->watchFrames(nullptr);
+        m_provider->watchFrames(&player);
+        m_provider->watchFrames(&player);
+        Q_EMIT player.frameDisplayed();
+        QCOMPARE(m_provider->contentRevision(), revision + 2);
+    }
+
+    void arrivesInItsFrame_data()
+    {
+        QTest::addColumn<bool>("drawnBefore");
+        QTest::newRow("picture that comes later") << false;
+        QTest::newRow("picture that is there already") << true;
+    }
+
+    // The scene graph tells of a change before it draws the texture. Waiting for the next tick of
+    // the timer instead would take a second, some sixty frames.
+    void arrivesInItsFrame()
+    {
+        QFETCH(bool, drawnBefore);
+        if (!drawnBefore) {
+            m_picture->setSize(QSizeF(0, 0));
+            QVERIFY(m_frames->wait(2));
+        }
+        m_provider->setShaderEffectSource(m_source, true);
+        if (!drawnBefore) {
+            QVERIFY(m_frames->wait(5));
+            m_picture->setSize(QSizeF(40, 20));
+        }
+        const int begin = m_frames->count();
+        // On the thread that writes it, or the count of frames runs on.
+        std::atomic_int arrival{0};
+        const QObject listener;
+        connect(
+            m_provider.get(), &VxTextureProvider::textureIdChanged, &listener,
+            [&] { arrival = m_frames->count(); }, Qt::DirectConnection);
+        QTRY_VERIFY(arrival > 0);
+        QVERIFY2(arrival - begin <= 2, qPrintable(QString::number(arrival - begin)));
+        QVERIFY(m_provider->textureId() > 0);
+        QCOMPARE(m_provider->textureSize(), QSize(40, 20));
+    }
+
+    void revisionTellsOfChanges()
+    {
+        m_provider->setShaderEffectSource(m_source, true);
+        QVERIFY(waitForTexture());
+        QVERIFY(m_frames->wait(2));
+        const unsigned still = m_provider->contentRevision();
+        // Long enough for the timer to tick: it must not count as a change.
+        QTest::qWait(1200);
+        QCOMPARE(m_provider->contentRevision(), still);
+        for (const char *color : {"yellow", "cyan", "white"}) {
+            const unsigned before = m_provider->contentRevision();
+            setCorner(color);
+            QVERIFY(m_frames->wait(3));
+            QVERIFY(m_provider->contentRevision() > before);
+            QVERIFY(holdsPicture(color));
+        }
+    }
+
+    void picture_data()
+    {
+        QTest::addColumn<bool>("copyTexture");
+        QTest::addColumn<bool>("isImage");
+        QTest::newRow("still image") << true << true;
+        QTest::newRow("moving picture") << true << false;
+        QTest::newRow("layer of the interface") << false << false;
+    }
+
+    void picture()
+    {
+        QFETCH(bool, copyTexture);
+        QFETCH(bool, isImage);
+        m_provider = std::make_unique<VxTextureProvider>(&m_context, copyTexture, false);
+        QSignalSpy sizes(m_provider.get(), &VxTextureProvider::textureSizeChanged);
+        m_provider->setShaderEffectSource(m_source, isImage);
+        QVERIFY(m_frames->wait(3));
+        // A moving picture is taken when it tells of its next frame.
+        for (const char *color : {"yellow", "cyan"}) {
+            const unsigned before = m_provider->contentRevision();
+            setCorner(color);
+            QVERIFY(m_frames->wait(3));
+            QVERIFY(m_provider->contentRevision() > before || !copyTexture);
+        }
+        QTRY_VERIFY(holdsPicture("cyan"));
+        int ownId = 0;
+        RenderThread::run(*m_view, [&](QOpenGLFunctions *) {
+            ownId = m_source->textureProvider()->texture()->textureId();
+        });
+        QCOMPARE(m_provider->textureId() != ownId, copyTexture && !isImage);
+        for (const QSize &size : {QSize(60, 30), QSize(16, 8)}) {
+            m_picture->setSize(size);
+            QTRY_COMPARE(m_provider->textureSize(), size);
+            QTRY_VERIFY(holdsPicture("cyan"));
+        }
+        QTRY_COMPARE(sizes.count(), 3);
+    }
+
+    void nothingToWatch()
+    {
+        m_provider->setShaderEffectSource(m_source, true);
+        QVERIFY(waitForTexture());
+        m_provider->setShaderEffectSource(nullptr);
+        m_provider->setTextureId(0);
+        setCorner("yellow");
+        QTest::qWait(1200); // the timer ticks on
+        QCOMPARE(m_provider->textureId(), 0);
+
+        m_provider->setShaderEffectSource(m_source, true);
+        QVERIFY(waitForTexture());
+        QVERIFY(holdsPicture("yellow"));
+        delete m_source;
+        const int id = m_provider->textureId();
+        QTest::qWait(1200);
+        QCOMPARE(m_provider->textureId(), id);
+        m_provider.reset(); // before the window, which goes on
+        QVERIFY(m_frames->wait(5));
+    }
+
+    void newSceneGraph_data() { picture_data(); }
+
+    void newSceneGraph()
+    {
+        QFETCH(bool, isImage);
+        if (RenderThread::noNewSceneGraph())
+            QSKIP(RenderThread::noNewSceneGraph());
+        m_provider->setShaderEffectSource(m_source, isImage);
+        QVERIFY(m_frames->wait(3));
+        setCorner("cyan");
+        QVERIFY(waitForTexture());
+
+        QVERIFY(RenderThread::hideWithSceneGraph(*m_view));
+        QCOMPARE(m_provider->textureId(), 0);
+        m_view->show();
+        QVERIFY(m_frames->wait(3));
+        setCorner("yellow");
+        QVERIFY(waitForTexture());
+        QTRY_VERIFY(holdsPicture("yellow"));
+    }
+
+private:
     void setCorner(const QColor &color) { m_view->rootObject()->setProperty("corner", color); }
 
     bool waitForTexture() const
@@ -107,230 +260,8 @@ private:
     std::unique_ptr<RenderThread::FrameCounter> m_frames;
     std::unique_ptr<VxTextureProvider> m_provider;
     QQuickItem *m_source = nullptr;
+    QQuickItem *m_picture = nullptr; // what that draws
 };
-
-void TestTextureProvider::init()
-{
-    m_view = std::make_unique<QQuickView>();
-    auto *component = new QQmlComponent(m_view->engine(), m_view.get());
-    component->setData(kScene, QUrl("qrc:/scene.qml"));
-    m_view->setContent(component->url(), component, component->create());
-    QVERIFY(m_view->rootObject());
-    m_source = m_view->rootObject()->property("source").value<QQuickItem *>();
-    m_frames = std::make_unique<RenderThread::FrameCounter>(*m_view);
-    m_view->show();
-    QVERIFY(m_frames->wait(2));
-    m_context.windowObject = m_view.get();
-    make();
-}
-
-void TestTextureProvider::cleanup()
-{
-    m_frames.reset();
-    m_view.reset();
-    m_provider.reset();
-}
-
-void TestTextureProvider::startsEmpty()
-{
-    QCOMPARE(m_provider->textureId(), 0);
-    QCOMPARE(m_provider->textureSize(), QSize(-1, -1));
-    QVERIFY(!m_provider->isSharedMemory());
-    QVERIFY(!VxTextureProvider(&m_context, true, true).isSharedMemory());
-}
-
-void TestTextureProvider::plainTexture()
-{
-    QSignalSpy ids(m_provider.get(), &VxTextureProvider::textureIdChanged);
-    QSignalSpy sizes(m_provider.get(), &VxTextureProvider::textureSizeChanged);
-    const unsigned revision = m_provider->contentRevision();
-    for (int times = 0; times < 2; ++times) {
-        m_provider->setTextureId(7);
-        m_provider->setTextureSize(QSize(8, 4));
-    }
-    QCOMPARE(ids.count(), 1);
-    QCOMPARE(sizes.count(), 1);
-    QCOMPARE(m_provider->contentRevision(), revision + 1);
-}
-
-void TestTextureProvider::playerCountsItsFrames()
-{
-    FramePlayer player;
-    m_provider->watchFrames(nullptr);
-    m_provider->watchFrames(&player);
-    m_provider->watchFrames(&player);
-    const unsigned revision = m_provider->contentRevision();
-    Q_EMIT player.frameDisplayed();
-    Q_EMIT player.frameDisplayed();
-    QCOMPARE(m_provider->contentRevision(), revision + 2);
-}
-
-void TestTextureProvider::arrivesInItsFrame_data()
-{
-    QTest::addColumn<bool>("drawnBefore");
-    QTest::newRow("picture that comes later") << false;
-    QTest::newRow("picture that is there already") << true;
-}
-
-// The scene graph tells of a change before it draws the texture. Waiting for the next tick of the
-// timer instead would take a second, some sixty frames.
-void TestTextureProvider::arrivesInItsFrame()
-{
-    QFETCH(bool, drawnBefore);
-    auto *picture = m_view->rootObject()->property("picture").value<QQuickItem *>();
-    if (!drawnBefore) {
-        picture->setSize(QSizeF(0, 0));
-        QVERIFY(m_frames->wait(2));
-    }
-    m_provider->setShaderEffectSource(m_source, true);
-    if (!drawnBefore) {
-        QVERIFY(m_frames->wait(5));
-        picture->setSize(QSizeF(40, 20));
-    }
-    const int begin = m_frames->count();
-    // On the thread that writes it, or the count of frames runs on.
-    std::atomic_int arrival{0};
-    const QObject listener;
-    connect(
-        m_provider.get(), &VxTextureProvider::textureIdChanged, &listener,
-        [&] { arrival = m_frames->count(); }, Qt::DirectConnection);
-    QTRY_VERIFY(arrival > 0);
-    QVERIFY2(arrival - begin <= 2, qPrintable(QString::number(arrival - begin)));
-    QVERIFY(m_provider->textureId() > 0);
-    QCOMPARE(m_provider->textureSize(), QSize(40, 20));
-}
-
-void TestTextureProvider::revisionTellsOfChanges()
-{
-    m_provider->setShaderEffectSource(m_source, true);
-    QVERIFY(waitForTexture());
-    QVERIFY(m_frames->wait(2));
-    const unsigned still = m_provider->contentRevision();
-    // Long enough for the timer to tick: it must not count as a change.
-    QTest::qWait(1200);
-    QCOMPARE(m_provider->contentRevision(), still);
-
-    const int id = m_provider->textureId();
-    for (const char *color : {"yellow", "cyan", "white"}) {
-        const unsigned before = m_provider->contentRevision();
-        setCorner(color);
-        QVERIFY(m_frames->wait(3));
-        QVERIFY(m_provider->contentRevision() > before);
-        QVERIFY(holdsPicture(color));
-    }
-    QCOMPARE(m_provider->textureId(), id);
-}
-
-void TestTextureProvider::picture_data()
-{
-    QTest::addColumn<bool>("copyTexture");
-    QTest::addColumn<bool>("isImage");
-    QTest::addColumn<bool>("copied");
-    QTest::newRow("still image") << true << true << false;
-    QTest::newRow("moving picture") << true << false << true;
-    QTest::newRow("layer of the interface") << false << false << false;
-}
-
-void TestTextureProvider::picture()
-{
-    QFETCH(bool, copyTexture);
-    QFETCH(bool, isImage);
-    make(copyTexture);
-    m_provider->setShaderEffectSource(m_source, isImage);
-    QVERIFY(m_frames->wait(3));
-    // A moving picture is taken when it tells of its next frame.
-    for (const char *color : {"yellow", "cyan"}) {
-        setCorner(color);
-        QVERIFY(m_frames->wait(3));
-    }
-    setCorner("cyan");
-    QTRY_VERIFY(holdsPicture("cyan"));
-    int ownId = 0;
-    RenderThread::run(*m_view, [&](QOpenGLFunctions *) {
-        ownId = m_source->textureProvider()->texture()->textureId();
-    });
-    QTEST(m_provider->textureId() != ownId, "copied");
-}
-
-void TestTextureProvider::followsTheSize_data()
-{
-    QTest::addColumn<bool>("isImage");
-    QTest::newRow("still image") << true;
-    QTest::newRow("moving picture") << false;
-}
-
-void TestTextureProvider::followsTheSize()
-{
-    QFETCH(bool, isImage);
-    QSignalSpy sizes(m_provider.get(), &VxTextureProvider::textureSizeChanged);
-    m_provider->setShaderEffectSource(m_source, isImage);
-    auto *picture = m_view->rootObject()->property("picture").value<QQuickItem *>();
-    for (const QSize &size : {QSize(40, 20), QSize(60, 30), QSize(16, 8)}) {
-        picture->setSize(size);
-        QTRY_COMPARE(m_provider->textureSize(), size);
-        QTRY_VERIFY(holdsPicture("red"));
-    }
-    QTRY_COMPARE(sizes.count(), 3);
-}
-
-void TestTextureProvider::nothingToWatch()
-{
-    m_provider->setShaderEffectSource(m_source, true);
-    QVERIFY(waitForTexture());
-    m_provider->setShaderEffectSource(nullptr);
-    m_provider->setTextureId(0);
-    setCorner("yellow");
-    QTest::qWait(1200); // the timer ticks on
-    QCOMPARE(m_provider->textureId(), 0);
-
-    m_provider->setShaderEffectSource(m_source, true);
-    QVERIFY(waitForTexture());
-    QVERIFY(holdsPicture("yellow"));
-}
-
-void TestTextureProvider::itemIsDeleted()
-{
-    m_provider->setShaderEffectSource(m_source, true);
-    QVERIFY(waitForTexture());
-    delete m_source;
-    QVERIFY(m_frames->wait(5));
-    const int id = m_provider->textureId();
-    QTest::qWait(1100);
-    QCOMPARE(m_provider->textureId(), id);
-}
-
-void TestTextureProvider::newSceneGraph_data()
-{
-    followsTheSize_data();
-}
-
-void TestTextureProvider::newSceneGraph()
-{
-    QFETCH(bool, isImage);
-    if (RenderThread::noNewSceneGraph())
-        QSKIP(RenderThread::noNewSceneGraph());
-    m_provider->setShaderEffectSource(m_source, isImage);
-    QVERIFY(m_frames->wait(3));
-    setCorner("cyan");
-    QVERIFY(waitForTexture());
-
-    QVERIFY(RenderThread::hideWithSceneGraph(*m_view));
-    QCOMPARE(m_provider->textureId(), 0);
-    m_view->show();
-    QVERIFY(m_frames->wait(3));
-    setCorner("yellow");
-    QVERIFY(waitForTexture());
-    QTRY_VERIFY(holdsPicture("yellow"));
-}
-
-void TestTextureProvider::goesBeforeTheWindow()
-{
-    m_provider->setShaderEffectSource(m_source, true);
-    QVERIFY(waitForTexture());
-    m_provider.reset();
-    setCorner("yellow");
-    QVERIFY(m_frames->wait(5));
-}
 
 QTEST_MAIN(TestTextureProvider)
 #include "tst_textureprovider.moc"

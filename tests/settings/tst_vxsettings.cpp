@@ -10,6 +10,8 @@
 #include <QUrl>
 
 #include <cstdio>
+#include <memory>
+#include <tuple>
 
 using namespace VxSettingsKeys;
 
@@ -59,261 +61,196 @@ class TestVxSettings : public QObject
 
 private Q_SLOTS:
 
-    void init() { QFile::remove(ScratchConfig::file(kApplication)); }
-
-    void typesAfterReload_data();
-    void typesAfterReload();
-    void twinsAreThereAfterLoad();
-    void instanceKeyLastsForTheRun();
-    void applicationKeyTakesItsTwinAlong();
-    void restartKeysTellTheirValueAtStart();
-    void unknownKeysAreIgnored();
-    void toggleOnlyInvertsBools();
-    void resetOnlyTouchesPreferences();
-    void urlsAreKeptAsText();
-    void sideBySide_data();
-    void sideBySide();
-    void vlcOptionsSideBySide();
-};
-
-void TestVxSettings::typesAfterReload_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QByteArray>("inFile");
-    QTest::addColumn<QVariant>("expected");
-    QTest::newRow("bool") << "hmd/hmdMode" << QByteArray("true") << QVariant(true);
-    QTest::newRow("bool of an old hand")
-        << "general/touchMode" << QByteArray("0") << QVariant(false);
-    QTest::newRow("int") << "communication/port" << QByteArray("8001") << QVariant(8001);
-    QTest::newRow("double") << "volume" << QByteArray("0.25") << QVariant(0.25);
-    QTest::newRow("whole double") << "general/cameraMoveSteps" << QByteArray("45")
-                                  << QVariant(45.0);
-    QTest::newRow("text of digits")
-        << "communication/ipCustom" << QByteArray("10") << QVariant(QString("10"));
-    QTest::newRow("false where text is due")
-        << "communication/state" << QByteArray("false") << QVariant(false);
-    QTest::newRow("no number") << "window/width" << QByteArray("wide") << QVariant(QString("wide"));
-    QTest::newRow("absent") << "window/height" << QByteArray() << QVariant(600);
-}
-
-void TestVxSettings::typesAfterReload()
-{
-    QFETCH(QString, key);
-    QFETCH(QByteArray, inFile);
-    QFETCH(QVariant, expected);
-    // QSettings keeps typed values as long as a process lives: only a name that this process
-    // has not used yet is read from the file.
-    const QString name = QString("types-%1").arg(QTest::currentDataTag());
-    QString line = key;
-    if (!inFile.isEmpty())
-        ScratchConfig::write(name,
-                             "[application]\n" + line.replace('/', '\\').toUtf8() + '=' + inFile);
-    VxSettings settings(name);
-    settings.load();
-    for (const QString &scope : {QString("application/"), QString("instance/")}) {
-        const QVariant value = settings.get(scope + key);
-        QCOMPARE(value, expected);
-        QCOMPARE(value.typeName(), expected.typeName());
-    }
-}
-
-void TestVxSettings::twinsAreThereAfterLoad()
-{
-    VxSettings settings(kApplication);
-    QVERIFY(!settings.get(kCameraInertia.instance).isValid());
-    settings.load();
-    QCOMPARE(settings.get(kCameraInertia.instance), QVariant(400));
-    QCOMPARE(settings.store()->fileName(), ScratchConfig::file(kApplication));
-}
-
-void TestVxSettings::instanceKeyLastsForTheRun()
-{
+    void init()
     {
-        VxSettings settings(kApplication);
-        settings.load();
-        const QSignalSpy changed(&settings, &VxSettings::settingsChanged);
-        settings.set(kOutputProjection.instance, 2);
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(settings.get(kOutputProjection.application), QVariant(0));
-        QCOMPARE(settings.get(kOutputProjection.instance), QVariant(2));
-        settings.set(kCommunicationPort.application, 7000);
-        settings.save();
-    }
-    QCOMPARE(runOtherInstance({kOutputProjection.instance, kCommunicationPort.instance}),
-             QString("int:0\nint:7000"));
-}
-
-void TestVxSettings::applicationKeyTakesItsTwinAlong()
-{
-    VxSettings settings(kApplication);
-    settings.load();
-    QStringList seen;
-    connect(&settings, &VxSettings::settingsChanged, this,
-            [&](const QString &key) { seen << key + '=' + settings.get(key).toString(); });
-    settings.set(kOutputProjection.application, 3);
-    settings.set(kOutputProjection.application, 3); // no comparison with the value before
-    QCOMPARE(seen.join(' '),
-             QString("application/output/projection=3 instance/output/projection=3 "
-                     "application/output/projection=3 instance/output/projection=3"));
-}
-
-void TestVxSettings::restartKeysTellTheirValueAtStart()
-{
-    runOtherInstance({kHmdSdk.application + "=openvr"});
-    VxSettings settings(kApplication);
-    settings.load();
-    const QSignalSpy spy(&settings, &VxSettings::settingsNeedRestartChanged);
-    settings.set(kHmdSdk.application, "oculus");
-    settings.set(kHmdSdk.application, "openvr");
-    settings.set(kHmdSdk.instance, "oculus"); // this run only: nothing to restart for
-    settings.set(kVolume.application, 0.1);
-    QCOMPARE(spy.count(), 2);
-    QCOMPARE(spy[0], QVariantList({"application/hmd/sdk", "oculus", "openvr"}));
-    QCOMPARE(spy[1], QVariantList({"application/hmd/sdk", "openvr", "openvr"}));
-}
-
-void TestVxSettings::unknownKeysAreIgnored()
-{
-    VxSettings settings(kApplication);
-    settings.load();
-    const QSignalSpy changed(&settings, &VxSettings::settingsChanged);
-    for (const QString &key : {QString("application/nothing"), QString("instance/language"),
-                               QString("application"), QString()}) {
-        settings.set(key, true);
-        settings.toggle(key);
-        settings.resetDefaultValue(key);
-        QVERIFY(!settings.get(key).isValid());
-    }
-    QCOMPARE(changed.count(), 0);
-}
-
-void TestVxSettings::toggleOnlyInvertsBools()
-{
-    VxSettings settings(kApplication);
-    settings.load();
-    const QSignalSpy changed(&settings, &VxSettings::settingsChanged);
-    settings.toggle(kCommunicationFormat.application); // the int 0
-    settings.toggle(kHmdSdk.application);
-    QCOMPARE(changed.count(), 0);
-    settings.toggle(kTouchMode.instance);
-    QCOMPARE(settings.get(kTouchMode.instance), QVariant(false));
-    QCOMPARE(settings.get(kTouchMode.application), QVariant(true));
-    settings.toggle(kTouchMode.application);
-    settings.toggle(kTouchMode.application);
-    QCOMPARE(settings.get(kTouchMode.instance), QVariant(true));
-}
-
-void TestVxSettings::resetOnlyTouchesPreferences()
-{
-    VxSettings settings(kApplication);
-    settings.load();
-    settings.set(kCameraInertia.application, 0);
-    settings.resetDefaultValue(kCameraInertia.instance);
-    QCOMPARE(settings.get(kCameraInertia.instance), QVariant(0));
-    settings.resetDefaultValue(kCameraInertia.application);
-    QCOMPARE(settings.get(kCameraInertia.application), QVariant(400));
-    QCOMPARE(settings.get(kCameraInertia.instance), QVariant(400));
-}
-
-void TestVxSettings::urlsAreKeptAsText()
-{
-    VxSettings settings(kApplication);
-    settings.load();
-    settings.set(kPrintSavePath.application, QUrl("file:///home/a%20b/%23"));
-    const QVariant kept = settings.get(kPrintSavePath.instance);
-    QCOMPARE(kept.userType(), int(QMetaType::QString));
-    QCOMPARE(kept.toString(), QString("file:///home/a b/%23"));
-}
-
-void TestVxSettings::sideBySide_data()
-{
-    QTest::addColumn<QByteArray>("fileBefore");
-    QTest::addColumn<QStringList>("mine"); // changes of this instance, in order
-    QTest::addColumn<QStringList>("theirs"); // changes of one that starts later and ends earlier
-    QTest::addColumn<QStringList>("expected"); // what the next start reads
-    const QByteArray file =
-        "[application]\nvolume=0.1\nwindow\\width=800\nhmd\\sdk=auto\n"
-        "general\\touchMode=true\n";
-    const QString width = kWindowWidth.application;
-    const QString volume = kVolume.application;
-    const QString touch = kTouchMode.application;
-    const QString sdk = kHmdSdk.application;
-
-    QTest::newRow("theirs stays when this one changes nothing")
-        << file << QStringList() << QStringList{width + "=900", touch + "=false", sdk + "=openvr"}
-        << QStringList{width + "=900", touch + "=false", sdk + "=openvr"};
-    QTest::newRow("each changes another key")
-        << file << QStringList{volume + "=0.7"} << QStringList{width + "=900"}
-        << QStringList{volume + "=0.7", width + "=900"};
-    QTest::newRow("both change one key: who writes last")
-        << file << QStringList{width + "=700"} << QStringList{width + "=900"}
-        << QStringList{width + "=700"};
-    QTest::newRow("a change that was taken back is none")
-        << file << QStringList{width + "=700", width + "=800"} << QStringList{width + "=900"}
-        << QStringList{width + "=900"};
-    QTest::newRow("the very first run, for both")
-        << QByteArray() << QStringList{volume + "=0.7"} << QStringList{width + "=900"}
-        << QStringList{volume + "=0.7", width + "=900"};
-}
-
-void TestVxSettings::sideBySide()
-{
-    QFETCH(QByteArray, fileBefore);
-    QFETCH(QStringList, mine);
-    QFETCH(QStringList, theirs);
-    QFETCH(QStringList, expected);
-    for (const bool writesMeanwhile : {false, true}) {
         QFile::remove(ScratchConfig::file(kApplication));
-        if (!fileBefore.isEmpty())
-            ScratchConfig::write(kApplication, fileBefore);
-        {
-            VxSettings settings(kApplication);
-            settings.store()->sync();
-            settings.load();
+        m_settings = std::make_unique<VxSettings>(kApplication);
+        m_settings->store()->sync();
+        m_settings->load();
+    }
+
+    void typesAfterReload()
+    {
+        const std::tuple<QString, QByteArray, QVariant> rows[] = {
+            {"hmd/hmdMode", "true", true},
+            {"general/touchMode", "0", false}, // of an old hand
+            {"communication/port", "8001", 8001},
+            {"general/cameraMoveSteps", "45", 45.0},
+            {"communication/ipCustom", "10", "10"},
+            {"communication/state", "false", false}, // where text is due
+            {"window/width", "wide", "wide"},
+            {"window/height", "", 600}, // absent
+        };
+        // QSettings keeps typed values as long as a process lives: only a name that this process
+        // has not used yet is read from the file.
+        QByteArray file = "[application]\n";
+        for (const auto &[key, inFile, expected] : rows) {
+            if (!inFile.isEmpty())
+                file += QString(key).replace('/', '\\').toLatin1() + '=' + inFile + '\n';
+        }
+        ScratchConfig::write("types", file);
+        VxSettings settings("types");
+        QVERIFY(!settings.get("instance/window/width").isValid());
+        settings.load();
+        for (const auto &[key, inFile, expected] : rows) {
+            for (const char *scope : {"application/", "instance/"}) {
+                QCOMPARE(settings.get(scope + key), expected);
+                QCOMPARE(settings.get(scope + key).typeName(), expected.typeName());
+            }
+        }
+    }
+
+    void instanceKeyLastsForTheRun()
+    {
+        const QSignalSpy changed(m_settings.get(), &VxSettings::settingsChanged);
+        m_settings->set(kOutputProjection.instance, 2);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(m_settings->get(kOutputProjection.application), QVariant(0));
+        QCOMPARE(m_settings->get(kOutputProjection.instance), QVariant(2));
+        m_settings->set(kCommunicationPort.application, 7000);
+        m_settings->save();
+        m_settings.reset();
+        QVERIFY(QFile::exists(ScratchConfig::file(kApplication)));
+        QCOMPARE(runOtherInstance({kOutputProjection.instance, kCommunicationPort.instance}),
+                 QString("int:0\nint:7000"));
+    }
+
+    void applicationKeyTakesItsTwinAlong()
+    {
+        QStringList seen;
+        connect(m_settings.get(), &VxSettings::settingsChanged, this,
+                [&](const QString &key) { seen << key + '=' + m_settings->get(key).toString(); });
+        for (int times = 0; times < 2; ++times) { // no comparison with the value before
+            m_settings->set(kOutputProjection.application, 3);
+            QCOMPARE(
+                seen,
+                QStringList({"application/output/projection=3", "instance/output/projection=3"}));
+            seen.clear();
+        }
+    }
+
+    void restartKeysTellTheirValueAtStart()
+    {
+        runOtherInstance({kHmdSdk.application + "=openvr"});
+        m_settings->store()->sync();
+        m_settings->load();
+        const QSignalSpy spy(m_settings.get(), &VxSettings::settingsNeedRestartChanged);
+        m_settings->set(kHmdSdk.application, "oculus");
+        m_settings->set(kHmdSdk.application, "openvr");
+        m_settings->set(kHmdSdk.instance, "oculus"); // this run only: nothing to restart for
+        m_settings->set(kVolume.application, 0.1);
+        QCOMPARE(spy.count(), 2);
+        QCOMPARE(spy[0], QVariantList({"application/hmd/sdk", "oculus", "openvr"}));
+        QCOMPARE(spy[1], QVariantList({"application/hmd/sdk", "openvr", "openvr"}));
+    }
+
+    void unknownKeysAreIgnored()
+    {
+        const QSignalSpy changed(m_settings.get(), &VxSettings::settingsChanged);
+        for (const char *key : {"application/nothing", "instance/language", "application", ""}) {
+            m_settings->set(key, true);
+            m_settings->toggle(key);
+            m_settings->resetDefaultValue(key);
+            QVERIFY2(!m_settings->get(key).isValid(), key);
+        }
+        QCOMPARE(changed.count(), 0);
+    }
+
+    void changesOfOneKind()
+    {
+        const QSignalSpy changed(m_settings.get(), &VxSettings::settingsChanged);
+        m_settings->toggle(kCommunicationFormat.application); // the int 0
+        QCOMPARE(changed.count(), 0);
+        m_settings->toggle(kTouchMode.instance);
+        QCOMPARE(m_settings->get(kTouchMode.instance), QVariant(false));
+        QCOMPARE(m_settings->get(kTouchMode.application), QVariant(true));
+        // The reset is one of the preferences.
+        m_settings->set(kCameraInertia.application, 0);
+        m_settings->resetDefaultValue(kCameraInertia.instance);
+        QCOMPARE(m_settings->get(kCameraInertia.instance), QVariant(0));
+        m_settings->resetDefaultValue(kCameraInertia.application);
+        QCOMPARE(m_settings->get(kCameraInertia.application), QVariant(400));
+        QCOMPARE(m_settings->get(kCameraInertia.instance), QVariant(400));
+        m_settings->set(kPrintSavePath.application, QUrl("file:///home/a%20b/%23")); // kept as text
+        QCOMPARE(m_settings->get(kPrintSavePath.instance), QVariant("file:///home/a b/%23"));
+    }
+
+    void sideBySide_data()
+    {
+        QTest::addColumn<bool>("isFirstRun");
+        QTest::addColumn<QStringList>("mine"); // changes of this instance, in order
+        QTest::addColumn<QStringList>("theirs"); // of one that starts later and ends earlier
+        QTest::addColumn<QStringList>("expected"); // what the next start reads
+        const auto row = [](const char *name, const QStringList &mine, const QStringList &theirs,
+                            const QStringList &expected, bool isFirstRun = false) {
+            QTest::newRow(name) << isFirstRun << mine << theirs << expected;
+        };
+        const QString width = kWindowWidth.application + '=';
+        const QString volume = kVolume.application + '=';
+        const QStringList all{width + "900", kTouchMode.application + "=false",
+                              kHmdSdk.application + "=openvr"};
+        const QStringList both{volume + "0.7", width + "900"};
+        row("theirs stays when this one changes nothing", {}, all, all);
+        row("each changes another key", {volume + "0.7"}, {width + "900"}, both);
+        row("the same in the very first run", {volume + "0.7"}, {width + "900"}, both, true);
+        row("both change one key: who writes last", {width + "700"}, {width + "900"},
+            {width + "700"});
+        row("a change that was taken back is none", {width + "700", width + "800"}, {width + "900"},
+            {width + "900"});
+    }
+
+    void sideBySide()
+    {
+        QFETCH(bool, isFirstRun);
+        QFETCH(QStringList, mine);
+        QFETCH(QStringList, theirs);
+        QFETCH(QStringList, expected);
+        for (const bool writesMeanwhile : {false, true}) {
+            QFile::remove(ScratchConfig::file(kApplication));
+            if (!isFirstRun)
+                ScratchConfig::write(kApplication,
+                                     "[application]\nvolume=0.1\nwindow\\width=800\n"
+                                     "hmd\\sdk=auto\ngeneral\\touchMode=true\n");
+            m_settings = std::make_unique<VxSettings>(kApplication);
+            m_settings->store()->sync();
+            m_settings->load();
             runOtherInstance(theirs);
             if (writesMeanwhile) {
                 // From here on the store holds the other instance's values too.
-                settings.store()->setValue(kVideoPlugin, "vlc");
-                settings.store()->sync();
+                m_settings->store()->setValue(kVideoPlugin, "vlc");
+                m_settings->store()->sync();
             }
             for (const QString &change : qAsConst(mine)) {
                 const QString key = change.section('=', 0, 0);
                 QVariant value = change.section('=', 1);
-                QVERIFY(value.convert(settings.get(key).userType()));
-                settings.set(key, value);
+                QVERIFY(value.convert(m_settings->get(key).userType()));
+                m_settings->set(key, value);
             }
-            settings.save();
+            m_settings->save();
+            m_settings.reset();
+            for (const QString &change : qAsConst(expected))
+                QCOMPARE(runOtherInstance({change.section('=', 0, 0)}).section(':', 1),
+                         change.section('=', 1));
         }
-        QStringList keys;
-        QStringList values;
-        for (const QString &change : qAsConst(expected)) {
-            keys << change.section('=', 0, 0);
-            values << change.section('=', 1);
-        }
-        QStringList read = runOtherInstance(keys).split('\n');
-        for (QString &value : read)
-            value = value.section(':', 1);
-        QCOMPARE(read, values);
     }
-}
 
-void TestVxSettings::vlcOptionsSideBySide()
-{
+    void vlcOptionsSideBySide()
     {
-        VxSettings settings(kApplication);
-        settings.store()->sync();
-        settings.load();
         VxVlcOptions vlc;
-        vlc.load(settings.store());
+        vlc.load(m_settings->store());
         runOtherInstance({kVlcAudioDelay + "=40"});
         vlc.hardwareDecoding = true;
-        vlc.save(settings.store());
-        settings.save();
+        vlc.save(m_settings->store());
+        m_settings->save();
+        m_settings.reset();
+        VxSettingsManager store(QSettings::UserScope, "Tavro", kApplication);
+        QCOMPARE(store.getInt(kVlcAudioDelay), 40);
+        QCOMPARE(store.getBool(kVlcHardwareDecoding), true);
     }
-    VxSettingsManager store(QSettings::UserScope, "Tavro", kApplication);
-    QCOMPARE(store.getInt(kVlcAudioDelay), 40);
-    QCOMPARE(store.getBool(kVlcHardwareDecoding), true);
-}
+
+private:
+    std::unique_ptr<VxSettings> m_settings;
+};
 
 int main(int argc, char **argv)
 {
