@@ -355,8 +355,8 @@ void tst_Buffers::samplesAreSplit_data()
                         const QByteArrayList &stored = {}) {
         QTest::newRow(name) << sample << (stored.isEmpty() ? sample : stored) << pieces << key;
     };
-    row("length prefixes", {delimiter, info, keyPicture, delimiter, picture, delimiter},
-        {delimiter + info + keyPicture, delimiter + picture}, true);
+    row("length prefixes", {info, keyPicture, delimiter, picture, delimiter},
+        {info + keyPicture, delimiter + picture}, true);
     row("parameter sets alone open no group", {parameters, picture, delimiter}, {picture});
     row("the unit that runs to the end is not taken", {picture, picture}, {picture});
     row("a unit that runs past the end is not taken", {picture, Box::encode(6, 4), "abc"},
