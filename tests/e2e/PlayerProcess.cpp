@@ -263,6 +263,14 @@ void PlayerProcess::mouse(const QStringList &xdotoolArguments)
     QTest::qWait(kPollMs);
 }
 
+void PlayerProcess::drag(QPoint from, QPoint way)
+{
+    movePointer(from);
+    mouse({"mousedown", "1"});
+    movePointer(from + way);
+    mouse({"mouseup", "1"});
+}
+
 void PlayerProcess::terminate(int signal)
 {
     ::kill(pid_t(m_process.processId()), signal);

@@ -64,6 +64,8 @@ public:
     /// Moves the pointer to a point of the window.
     void movePointer(QPoint point);
     static void mouse(const QStringList &xdotoolArguments);
+    /// Presses at a point of the window, moves the pointer by so much and lets go.
+    void drag(QPoint from, QPoint way);
 
     void terminate(int signal);
     /// The exit code when the process has ended by itself; -1 if it does not, or crashed.
@@ -86,6 +88,13 @@ private:
     QStringList m_log; // without the category's prefix, not yet consumed
     QString m_noise;
 };
+
+/// Fails a test unless nearly all pixels of a PanoramaReference::Comparison agree.
+#define VERIFY_PICTURE(comparison)                                                                 \
+    do {                                                                                           \
+        const PanoramaReference::Comparison result = comparison;                                   \
+        QVERIFY2(result.share >= 0.99, result.text().constData());                                 \
+    } while (false)
 
 /// Runs a program of the desktop and gives its output.
 QString runTool(const QString &program, const QStringList &arguments);

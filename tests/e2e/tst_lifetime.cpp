@@ -69,7 +69,7 @@ void TestLifetime::endsCleanly()
     } else {
         QVERIFY(player.window() != 0);
         if (withPicture)
-            QVERIFY(player.waitForPicture({}, m_source).share >= 0.99);
+            VERIFY_PICTURE(player.waitForPicture({}, m_source));
     }
 
     if (way == "window closed")
@@ -127,7 +127,7 @@ void TestLifetime::startsAnew()
     start.directory = m_dir.path();
     start.arguments = QStringList{"sphere.png"};
     PlayerProcess player(start);
-    QVERIFY(player.waitForPicture({}, m_source).share >= 0.99);
+    VERIFY_PICTURE(player.waitForPicture({}, m_source));
     const QString first = runTool("xdotool", {"getwindowpid", QString::number(player.window())});
     runTool(
         "gdb",
@@ -193,12 +193,12 @@ void TestLifetime::keepsPreferencesAndForgetsTheRun()
         PlayerProcess player(start);
         PanoramaScene scene;
         scene.projection = VxShaderCodeBuilder::LITTLE_PLANET;
-        QVERIFY(player.waitForPicture(scene, m_source).share >= 0.99);
+        VERIFY_PICTURE(player.waitForPicture(scene, m_source));
         runTool("xdotool",
                 {"windowsize", "--sync", QString::number(player.window()), "800", "500"});
         player.keys({"ctrl+4"}); // for this run alone
         scene.projection = VxShaderCodeBuilder::FISHEYE;
-        QVERIFY(player.waitForPicture(scene, m_source).share >= 0.99);
+        VERIFY_PICTURE(player.waitForPicture(scene, m_source));
         player.keys({"ctrl+q"});
         QCOMPARE(player.waitForEnd(), 0);
     }
@@ -213,7 +213,7 @@ void TestLifetime::keepsPreferencesAndForgetsTheRun()
     PlayerProcess player(start);
     PanoramaScene scene;
     scene.projection = VxShaderCodeBuilder::LITTLE_PLANET;
-    QVERIFY(player.waitForPicture(scene, m_source).share >= 0.99);
+    VERIFY_PICTURE(player.waitForPicture(scene, m_source));
     QCOMPARE(player.screenshot().size(), QSize(800, 500));
 }
 
@@ -227,9 +227,9 @@ void TestLifetime::twoRunsSideBySide()
     QTemporaryDir config;
     start.configHome = config.path();
     PlayerProcess first(start);
-    QVERIFY(first.waitForPicture({}, m_source).share >= 0.99);
+    VERIFY_PICTURE(first.waitForPicture({}, m_source));
     PlayerProcess second(start);
-    QVERIFY(second.waitForPicture({}, m_source).share >= 0.99);
+    VERIFY_PICTURE(second.waitForPicture({}, m_source));
     runTool("xdotool", {"windowsize", "--sync", QString::number(second.window()), "700", "490"});
     QTRY_COMPARE(second.screenshot().size(), QSize(700, 490));
     for (PlayerProcess *player : {&first, &second}) {

@@ -37,16 +37,13 @@ void writeFile(const QString &path, const QByteArray &bytes)
     QCOMPARE(file.write(bytes), qint64(bytes.size()));
 }
 
-/// Keeps the first part of a picture's file.
-void truncate(const QString &path, double share)
+/// What a key brings, pressed again and again.
+void walk(PlayerProcess &player, const QString &key, const QVector<QRgb> &colours)
 {
-    QVERIFY(QFile::resize(path, qint64(double(QFileInfo(path).size()) * share)));
-}
-
-/// A photograph-like JPEG, whose middle is worth decoding.
-void writeJpeg(const QString &path)
-{
-    QVERIFY(PanoramaReference::testPanorama({512, 256}).save(path, "JPEG", 90));
+    for (const QRgb colour : colours) {
+        player.keys({key});
+        QVERIFY(player.waitForColour(colour));
+    }
 }
 
 QString titleOf(const QString &path)
@@ -130,27 +127,18 @@ void TestMedia::opensPathsOfAllKinds_data()
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("argument"); // counts from the folder; empty: the absolute path
-    QTest::newRow("absolute") << ""
-                              << "red.png"
-                              << "";
-    QTest::newRow("relative to where the program was started") << "trip"
-                                                               << "red.png"
-                                                               << "red.png";
-    QTest::newRow("relative upwards") << "trip"
-                                      << "red.png"
-                                      << "../trip/./red.png";
-    QTest::newRow("a URL") << ""
-                           << "red.png"
-                           << "URL";
-    QTest::newRow("blanks, number sign, percent, umlauts")
-        << QString::fromUtf8("Fotos #1 50%20 Übersee")
-        << QString::fromUtf8("zwölf Äpfel #2 %41.png") << "";
-    QTest::newRow("the same, relative")
-        << QString::fromUtf8("50% ü") << QString::fromUtf8("#ö%31 .png")
-        << QString::fromUtf8("#ö%31 .png");
-    QTest::newRow("an upper-case suffix") << ""
-                                          << "RED.PNG"
-                                          << "";
+    const auto row = [](const char *title, const char *folder, const char *name,
+                        const char *argument = "") {
+        QTest::newRow(title) << QString(folder) << QString(name) << QString(argument);
+    };
+    row("absolute", "", "red.png");
+    row("relative to where the program was started", "trip", "red.png", "red.png");
+    row("relative upwards", "trip", "red.png", "../trip/./red.png");
+    row("a URL", "", "red.png", "URL");
+    row("blanks, number sign, percent, umlauts", "Fotos #1 50%20 Übersee",
+        "zwölf Äpfel #2 %41.png");
+    row("the same, relative", "50% ü", "#ö%31 .png", "#ö%31 .png");
+    row("an upper-case suffix", "", "RED.PNG");
 }
 
 void TestMedia::opensPathsOfAllKinds()
@@ -216,83 +204,53 @@ void TestMedia::refusesAndGoesOn_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<Maker>("make");
     QTest::addColumn<QString>("message");
-    const auto row = [](const char *title, const char *name, const Maker &make,
-                        const char *message) {
+    const auto row = [](const char *title, const char *name, const char *message,
+                        const Maker &make) {
         QTest::newRow(title) << QString(name) << make << QString(message);
     };
+    const auto holding = [](const QByteArray &bytes) {
+        return [bytes](const QString &p) { writeFile(p, bytes); };
+    };
+    const auto half = [](const QString &p) {
+        QVERIFY(PanoramaReference::testPanorama({512, 256}).save(p, nullptr, 90));
+        QVERIFY(QFile::resize(p, QFileInfo(p).size() / 2));
+    };
+    const auto nothing = [](const QString &) {};
     const char *notLoaded = "An error occurred while loading the image";
-    row(
-        "a file that is not there", "none.png", [](const QString &) {}, notLoaded);
-    row(
-        "a file that may not be read", "secret.png",
-        [](const QString &p) {
-            writePicture(p, kGreen);
-            QVERIFY(QFile::setPermissions(p, QFile::Permissions()));
-        },
-        notLoaded);
-    row(
-        "a text by the name of a picture", "letter.jpg",
-        [](const QString &p) { writeFile(p, "Dear reader,\n"); }, notLoaded);
-    row(
-        "an empty file", "empty.jpg", [](const QString &p) { writeFile(p, {}); }, notLoaded);
-    row(
-        "a pipe that nobody writes", "pipe.jpg",
-        [](const QString &p) { QCOMPARE(mkfifo(QFile::encodeName(p).constData(), 0644), 0); },
-        notLoaded);
-    row(
-        "a JPEG that ends in the middle", "half.jpg",
-        [](const QString &p) {
-            writeJpeg(p);
-            truncate(p, 0.5);
-        },
-        notLoaded);
-    row(
-        "a PNG that ends in the middle", "half.png",
-        [](const QString &p) {
-            QVERIFY(PanoramaReference::testPanorama({512, 256}).save(p));
-            truncate(p, 0.5);
-        },
-        notLoaded);
-    row(
-        "a PNG with damaged data", "damaged.png",
-        [](const QString &p) {
-            QVERIFY(PanoramaReference::testPanorama({512, 256}).save(p));
-            QFile file(p);
-            QVERIFY(file.open(QIODevice::ReadWrite));
-            QVERIFY(file.seek(file.size() / 3));
-            file.write(QByteArray(64, '\x5A'));
-        },
-        notLoaded);
-    row(
-        "an unknown format", "paper.pdf", [](const QString &p) { writeFile(p, "%PDF-1.4\n"); },
-        "The file format is not supported.");
-    row(
-        "no suffix", "picture", [](const QString &p) { writeFile(p, "x"); },
-        "The file format is not supported.");
-    row(
-        "an empty folder", "folder", [](const QString &p) { QVERIFY(QDir().mkpath(p)); },
-        "Error : Directory is empty");
-    row(
-        "a folder of 1000 files", "crowd",
-        [](const QString &p) {
+    const char *notSupported = "The file format is not supported.";
+    row("a file that is not there", "none.png", notLoaded, nothing);
+    row("a file that may not be read", "secret.png", notLoaded, [](const QString &p) {
+        writePicture(p, kGreen);
+        QVERIFY(QFile::setPermissions(p, QFile::Permissions()));
+    });
+    row("a text by the name of a picture", "letter.jpg", notLoaded, holding("Dear reader,\n"));
+    row("an empty file", "empty.jpg", notLoaded, holding({}));
+    row("a pipe that nobody writes", "pipe.jpg", notLoaded,
+        [](const QString &p) { QCOMPARE(mkfifo(QFile::encodeName(p).constData(), 0644), 0); });
+    row("a JPEG that ends in the middle", "half.jpg", notLoaded, half);
+    row("a PNG that ends in the middle", "half.png", notLoaded, half);
+    row("a PNG with damaged data", "damaged.png", notLoaded, [](const QString &p) {
+        QVERIFY(PanoramaReference::testPanorama({512, 256}).save(p));
+        QFile file(p);
+        QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(file.size() / 3));
+        file.write(QByteArray(64, '\x5A'));
+    });
+    row("an unknown format", "paper.pdf", notSupported, holding("%PDF-1.4\n"));
+    row("no suffix", "picture", notSupported, holding("x"));
+    row("an empty folder", "folder", "Error : Directory is empty",
+        [](const QString &p) { QVERIFY(QDir().mkpath(p)); });
+    row("a folder of 1000 files", "crowd",
+        "Error : Cannot load more than 1000 files in a directory", [](const QString &p) {
             QVERIFY(QDir().mkpath(p));
             for (int i = 0; i < 1000; ++i)
                 writeFile(p + QString("/%1.png").arg(i), {});
-        },
-        "Error : Cannot load more than 1000 files in a directory");
-    row(
-        "a playlist that is not there", "none.vspl", [](const QString &) {},
-        "Error : cannot open file .vspl");
-    row(
-        "a playlist that is no JSON", "text.vspl",
-        [](const QString &p) { writeFile(p, "[{\"media\":"); }, "Error : cannot parse json");
-    row(
-        "a playlist that is an object", "object.vspl",
-        [](const QString &p) { writeFile(p, "{\"media\": \"a.png\"}"); },
-        "Error : json is not an array");
-    row(
-        "a playlist without entries", "empty.vspl", [](const QString &p) { writeFile(p, "[]"); },
-        "Error : json is empty");
+        });
+    row("a playlist that is not there", "none.vspl", "Error : cannot open file .vspl", nothing);
+    row("a playlist that is no JSON", "text.vspl", "Error : cannot parse json",
+        holding("[{\"media\":"));
+    row("a playlist that is an object", "object.vspl", "Error : json is not an array",
+        holding("{\"media\": \"a.png\"}"));
+    row("a playlist without entries", "empty.vspl", "Error : json is empty", holding("[]"));
 }
 
 void TestMedia::refusesAndGoesOn()
@@ -331,14 +289,8 @@ void TestMedia::walksThroughAPlaylist()
     start.arguments = threeColours();
     PlayerProcess player(start);
     QVERIFY(player.waitForColour(kRed));
-    for (const QRgb colour : {kGreen, kBlue, kRed}) { // from the last on to the first
-        player.keys({"alt+Right"});
-        QVERIFY(player.waitForColour(colour));
-    }
-    for (const QRgb colour : {kBlue, kGreen}) {
-        player.keys({"alt+Left"});
-        QVERIFY(player.waitForColour(colour));
-    }
+    walk(player, "alt+Right", {kGreen, kBlue, kRed}); // from the last on to the first
+    walk(player, "alt+Left", {kBlue, kGreen});
     QVERIFY(player.waitForTitle(titleOf(path("green.jpg"))));
     player.keys({"ctrl+w"}); // stops and forgets the list
     QVERIFY(player.waitForTitle("Tavro VR Player"));
@@ -363,10 +315,7 @@ void TestMedia::opensAFolderNewestFirst()
     start.arguments = QStringList{m_dir->path()};
     PlayerProcess player(start);
     QVERIFY(player.waitForColour(kBlue));
-    for (const QRgb colour : {kGreen, kRed, kBlue}) {
-        player.keys({"alt+Right"});
-        QVERIFY(player.waitForColour(colour));
-    }
+    walk(player, "alt+Right", {kGreen, kRed, kBlue});
     QCOMPARE(player.noise(), QString());
 }
 
@@ -392,38 +341,34 @@ void TestMedia::readsAPlaylistFile()
     start.arguments = QStringList{"lists/tour.vspl"};
     PlayerProcess player(start);
     QVERIFY(player.waitForColour(kRed));
-    player.keys({"alt+Right"});
-    QVERIFY(player.waitForColour(kBlue));
-    player.keys({"alt+Right"});
-    QVERIFY(player.waitForColour(kGreen));
+    walk(player, "alt+Right", {kBlue, kGreen});
     QCOMPARE(player.noise(), QString());
 }
 
 void TestMedia::showsSlides_data()
 {
-    QTest::addColumn<QByteArrayList>("settings");
+    QTest::addColumn<QByteArray>("setting");
     QTest::addColumn<QString>("key"); // of a loop mode
     QTest::addColumn<QVector<QRgb>>("colours"); // in turn, after the first
-    QTest::newRow("all in a circle")
-        << QByteArrayList() << "" << QVector<QRgb>{kGreen, kBlue, kRed};
-    QTest::newRow("once, then the info screen")
-        << QByteArrayList{"general\\loopMode=0"} << "" << QVector<QRgb>{kGreen, kBlue, kInfoScreen};
-    QTest::newRow("one picture again and again")
-        << QByteArrayList{"general\\loopMode=2"} << "" << QVector<QRgb>{kRed};
-    QTest::newRow("in a circle after a key")
-        << QByteArrayList{"general\\loopMode=2"} << "ctrl+r" << QVector<QRgb>{kGreen, kBlue, kRed};
-    QTest::newRow("no longer than the user wants")
-        << QByteArrayList{"playlist\\imageDisplayDurationNone=true"} << "" << QVector<QRgb>{kRed};
+    const auto row = [](const char *title, const QByteArray &setting, const char *key,
+                        const QVector<QRgb> &colours) {
+        QTest::newRow(title) << setting << QString(key) << colours;
+    };
+    row("all in a circle", "", "", {kGreen, kBlue, kRed});
+    row("once, then the info screen", "general\\loopMode=0", "", {kGreen, kBlue, kInfoScreen});
+    row("one picture again and again", "general\\loopMode=2", "", {kRed});
+    row("in a circle after a key", "general\\loopMode=2", "ctrl+r", {kGreen, kBlue, kRed});
+    row("no longer than the user wants", "playlist\\imageDisplayDurationNone=true", "", {kRed});
 }
 
 void TestMedia::showsSlides()
 {
-    QFETCH(QByteArrayList, settings);
+    QFETCH(QByteArray, setting);
     QFETCH(QString, key);
     QFETCH(QVector<QRgb>, colours);
     PlayerStart start;
     start.arguments = threeColours();
-    start.settings = settings + QByteArrayList{"playlist\\imageDisplayDuration=1"};
+    start.settings = {"playlist\\imageDisplayDuration=1", setting};
     PlayerProcess player(start);
     QVERIFY(player.waitForColour(kRed));
     if (!key.isEmpty())

@@ -13,66 +13,28 @@ using namespace Tavro::MovParserLib;
 
 void addSampleTableRows(AtomRows *rows)
 {
-    addRow<SampleSizeAtom>(
-        rows, "stsz with one size for all",
-        [](SampleSizeAtom &atom) {
-            atom.uniformSize = 77;
-            atom.sampleCount = 4000000000;
-        },
-        Box::full("stsz").u32(77).u32(4000000000));
-    addRow<SampleSizeAtom>(
-        rows, "stsz with a table",
-        [](SampleSizeAtom &atom) {
-            atom.sampleCount = 3;
-            atom.sizes = {1, 0xFFFFFFFF, 3};
-        },
-        Box::full("stsz").u32(0).u32(3).u32(1).u32(0xFFFFFFFF).u32(3));
-    addRow<TimeToSampleAtom>(
-        rows, "stts",
-        [](TimeToSampleAtom &atom) {
-            atom.version = 1;
-            atom.flags = {2, 3, 4};
-            atom.entries = {{5, 6}, {7, 0xFFFFFFFF}};
-        },
-        Box::full("stts", 1, 0x020304).u32(2).u32(5).u32(6).u32(7).u32(0xFFFFFFFF));
-    addRow<CompositionOffsetsAtom>(
-        rows, "ctts with a negative offset",
-        [](CompositionOffsetsAtom &atom) {
-            atom.entries = {{5, 6}, {7, -8}};
-        },
-        Box::full("ctts").u32(2).u32(5).u32(6).u32(7).u32(0xFFFFFFF8));
-    addRow<SyncSampleAtom>(
-        rows, "stss",
-        [](SyncSampleAtom &atom) {
-            atom.sampleNumbers = {1, 31};
-        },
-        Box::full("stss").u32(2).u32(1).u32(31));
-    addRow<SampleDependenciesAtom>(
-        rows, "sdtp",
-        [](SampleDependenciesAtom &atom) {
-            atom.dependencies = {0x10, 0x20, 0xFF};
-        },
-        Box::full("sdtp").raw("\x10\x20\xFF"), AtomRow::FillsAtom);
-    addRow<SampleToChunkAtom>(
-        rows, "stsc",
-        [](SampleToChunkAtom &atom) {
-            atom.entries = {{1, 10, 1}, {5, 3, 2}};
-        },
-        Box::full("stsc").u32(2).u32(1).u32(10).u32(1).u32(5).u32(3).u32(2));
-    addRow<ChunkOffsetAtom>(
-        rows, "stco",
-        [](ChunkOffsetAtom &atom) {
-            atom.offsets = {40, 0xFFFFFFFF};
-        },
-        Box::full("stco").u32(2).u32(40).u32(0xFFFFFFFF));
-    addRow<ChunkOffsetAtom>(
+    addRow<SampleSizeAtom>(rows, "stsz with one size for all",
+                           Box::full("stsz").words({77, 4000000000}));
+    addRow<SampleSizeAtom>(rows, "stsz with a table",
+                           Box::full("stsz").words({0, 3, 1, 0xFFFFFFFF, 3}));
+    addRow<TimeToSampleAtom>(rows, "stts",
+                             Box::full("stts", 1, 0x020304).words({2, 5, 6, 7, 0xFFFFFFFF}));
+    addRow<CompositionOffsetsAtom>(rows, "ctts with a negative offset",
+                                   Box::full("ctts").words({2, 5, 6, 7, 0xFFFFFFF8}));
+    addRow<SyncSampleAtom>(rows, "stss", Box::full("stss").words({2, 1, 31}));
+    addRow<SampleDependenciesAtom>(rows, "sdtp", Box::full("sdtp").hex("1020FF"),
+                                   AtomRow::FillsAtom);
+    addRow<SampleToChunkAtom>(rows, "stsc", Box::full("stsc").words({2, 1, 10, 1, 5, 3, 2}));
+    addRow<ChunkOffsetAtom>(rows, "stco", Box::full("stco").words({2, 40, 0xFFFFFFFF}));
+    addMadeRow<ChunkOffsetAtom>(
         rows, "co64",
         [](ChunkOffsetAtom &atom) {
             atom.type = ChunkOffsetAtom::kWideType;
             atom.offsets = {40, 0x123456789A};
         },
         Box::full("co64").u32(2).u64(40).u64(0x123456789A));
-    addRow<SampleTableAtom>(
+    // Tables that do not lie in the bytes of a file.
+    addMadeRow<SampleTableAtom>(
         rows, "stbl with every table",
         [](SampleTableAtom &atom) {
             atom.timeToSample.Ensure().entries = {{2, 100}};
@@ -86,13 +48,13 @@ void addSampleTableRows(AtomRows *rows)
         },
         Box("stbl")
             .child(Box::full("stsd").u32(0))
-            .child(Box::full("stts").u32(1).u32(2).u32(100))
-            .child(Box::full("stss").u32(1).u32(1))
-            .child(Box::full("ctts").u32(1).u32(2).u32(50))
-            .child(Box::full("sdtp").u8(1).u8(2))
-            .child(Box::full("stsc").u32(1).u32(1).u32(2).u32(1))
-            .child(Box::full("stsz").u32(0).u32(2).u32(7).u32(9))
-            .child(Box::full("stco").u32(1).u32(48)),
+            .child(Box::full("stts").words({1, 2, 100}))
+            .child(Box::full("stss").words({1, 1}))
+            .child(Box::full("ctts").words({1, 2, 50}))
+            .child(Box::full("sdtp").shorts({0x0102}))
+            .child(Box::full("stsc").words({1, 1, 2, 1}))
+            .child(Box::full("stsz").words({0, 2, 7, 9}))
+            .child(Box::full("stco").words({1, 48})),
         AtomRow::SearchesChildren,
         [](SampleTableAtom &atom) {
             atom.handlerType = FourCC("vide");

@@ -9,6 +9,7 @@
 #include <QtCore/QByteArray>
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 
 class Box
@@ -35,6 +36,25 @@ public:
     Box &&u32(uint64_t value) && { return std::move(number(value, 4)); }
 
     Box &&u64(uint64_t value) && { return std::move(number(value, 8)); }
+
+    /// Numbers of 16 bits, one behind the other.
+    Box &&shorts(std::initializer_list<uint16_t> values) &&
+    {
+        for (const uint16_t value : values)
+            number(value, 2);
+        return std::move(*this);
+    }
+
+    /// Numbers of 32 bits.
+    Box &&words(std::initializer_list<uint32_t> values) &&
+    {
+        for (const uint32_t value : values)
+            number(value, 4);
+        return std::move(*this);
+    }
+
+    /// Bytes in hexadecimal; blanks do not count.
+    Box &&hex(const char *text) && { return std::move(*this).raw(QByteArray::fromHex(text)); }
 
     Box &&raw(const QByteArray &bytes) &&
     {

@@ -16,8 +16,8 @@ struct TestTrack
     uint32_t timeScale = 25;
     uint32_t duration = 25;
     uint32_t samples = 25;
-    QList<Box> descriptionChildren; ///< Of the video sample description.
-    QList<Box> children; ///< Of the track, behind the mandatory ones.
+    QList<Box> descriptionChildren = {}; ///< Of the video sample description.
+    QList<Box> children = {}; ///< Of the track, behind the mandatory ones.
     /// A `stsz` or `stsd` among them stands in for the usual one.
     QList<Box> tables = {Box::full("stts").u32(1).u32(25).u32(1),
                          Box::full("stsc").u32(1).u32(1).u32(25).u32(1),

@@ -141,7 +141,6 @@ private Q_SLOTS:
     void changingFailsWithoutMemory();
     void writingFailsWithoutMemory();
     void copyingATableThrowsWithoutMemory();
-    void tablesInOnePlaceCountEach_data();
     void tablesInOnePlaceCountEach();
     void aSmallFileTakesLittleMemory_data();
     void aSmallFileTakesLittleMemory();
@@ -250,33 +249,25 @@ void tst_Allocations::aSmallFileTakesLittleMemory_data()
 
 // Tables that stay where they were read to cost no memory by themselves; whoever walks or prints
 // them pays for each, so they count.
-void tst_Allocations::tablesInOnePlaceCountEach_data()
-{
-    QTest::addColumn<int>("padding");
-    QTest::addColumn<uint>("error");
-    QTest::newRow("as large as allowed") << (256 << 10) << 0U;
-    QTest::newRow("larger") << (2 << 20) << 0x40004U;
-}
-
 void tst_Allocations::tablesInOnePlaceCountEach()
 {
-    QFETCH(int, padding);
-    QFETCH(uint, error);
-    TestTrack track;
-    track.tables.append(Box::full("stsz").u32(0).u32(uint64_t(padding / 4)));
-    QList<TestTrack> tracks;
-    for (int i = 0; i < 28; ++i)
-        tracks.append(track);
-    QTemporaryFile file;
-    const QByteArray bytes = movieFile(movie(tracks, {Box("free").zeros(padding)}));
-    QVERIFY(file.open() && file.write(bytes) == bytes.size());
-    file.close();
-    MovFileReader reader;
-    const int64_t before = g_heap.bytes;
-    g_heap.peak = before;
-    QCOMPARE(reader.Open(file.fileName()), error);
-    const int64_t taken = g_heap.peak - before;
-    QVERIFY2(taken < 4 * bytes.size(), qPrintable(QString::number(taken)));
+    for (const auto &[padding, error] : {std::pair(256 << 10, 0U), {2 << 20, 0x40004U}}) {
+        TestTrack track;
+        track.tables.append(Box::full("stsz").words({0, uint32_t(padding / 4)}));
+        QList<TestTrack> tracks;
+        for (int i = 0; i < 28; ++i)
+            tracks.append(track);
+        QTemporaryFile file;
+        const QByteArray bytes = movieFile(movie(tracks, {Box("free").zeros(padding)}));
+        QVERIFY(file.open() && file.write(bytes) == bytes.size());
+        file.close();
+        MovFileReader reader;
+        const int64_t before = g_heap.bytes;
+        g_heap.peak = before;
+        QCOMPARE(reader.Open(file.fileName()), error);
+        const int64_t taken = g_heap.peak - before;
+        QVERIFY2(taken < 4 * bytes.size(), qPrintable(QString::number(taken)));
+    }
 }
 
 // The channels of a sound field are numbered when it is written.

@@ -42,13 +42,11 @@ constexpr uint64_t kWraps = 0xFFFFFFFFFFFFFFF8;
 Box withTable(const Box &table)
 {
     TestTrack track;
-    QList<Box> kept;
     const QByteArray replaced = table.type() == "co64" ? "stco" : table.type();
-    for (const Box &own : track.tables) {
-        if (own.type() != replaced)
-            kept.append(own);
+    for (int i = track.tables.size() - 1; i >= 0; --i) {
+        if (track.tables[i].type() == replaced)
+            track.tables.removeAt(i);
     }
-    track.tables = kept;
     // The last atom of a buffer is not found by a search, hence the one behind it.
     track.tables.append({table, Box("free")});
     return movie({track});
@@ -113,7 +111,6 @@ void tst_HostileAtoms::readingAMovieEnds_data()
 
     row("64-bit size of 0: moov", movie().claimsWide(0), kFails);
     row("64-bit size of 0: trak", movie({}, {Box("trak").claimsWide(0)}), kFails);
-    row("64-bit size of 0: mvhd", movie({}, {Box::full("mvhd").zeros(96).claimsWide(0)}), kFails);
     row("64-bit size of 0: unknown child",
         movie({TestTrack()}, {Box("abcd").zeros(8).claimsWide(0)}), kFails);
     row("64-bit size of 0: udta", movie({TestTrack()}, {Box("udta").claimsWide(0)}), kFails);
@@ -160,8 +157,6 @@ void tst_HostileAtoms::readingAMovieEnds_data()
     row("4 billion entries: dref",
         withMediaInformation(Box("dinf").child(Box::full("dref").u32(0xFFFFFFFF).zeros(64))),
         kFails);
-    row("3 million descriptions of size 0",
-        withTable(Box::full("stsd").u32(3000000).zeros(3000000)), kFails);
     row("3 million descriptions with a fourcc and size 0",
         withTable(Box::full("stsd").u32(3000000).raw(
             Box("avc1").claims(0).bytes().append(120, '\0').repeated(10000))),
@@ -181,7 +176,6 @@ void tst_HostileAtoms::readingAMovieEnds_data()
     row("10,000 unknown siblings", repeated("moov", Box("abcd"), 10000), kFails);
     row("10,000 unknown siblings in stbl", withTable(repeated("abcd", Box("free"), 10000)), kReads);
     row("10,000 nested atoms", movie({TestTrack()}, {nested(10000, "nest")}), kReads);
-    row("10,000 siblings in a track", withTrackChild(repeated("tref", Box("abcd"), 10000)), kReads);
     row("10,000 nested tracks", nested(10000, "trak"), kFails);
     row("2,000 tracks", repeated("moov", TestTrack().box(), 2000), kReads);
     row("2,000 tracks that overlap", overlappingTracks(2000), kFails);
@@ -259,21 +253,16 @@ void tst_HostileAtoms::aSampleWithoutAPlaceIsRefused_data()
 {
     QTest::addColumn<QByteArray>("chunks");
     QTest::addColumn<int>("error");
-    const auto row = [](const char *name, const Box &box, MovAtom::Error error) {
-        QTest::newRow(name) << box.bytes() << int(error);
+    const auto row = [](const char *name, std::initializer_list<uint32_t> runs,
+                        MovAtom::Error error) {
+        QTest::newRow(name) << Box::full("stsc").words(runs).bytes() << int(error);
     };
-    row("no runs", Box::full("stsc").u32(0), MovAtom::ERROR_MALFORMED_ATOM);
-    row("no samples in a chunk", Box::full("stsc").u32(1).u32(1).u32(0).u32(1),
-        MovAtom::ERROR_MALFORMED_ATOM);
-    row("no samples in the last run",
-        Box::full("stsc").u32(2).u32(1).u32(1).u32(1).u32(2).u32(0).u32(1),
-        MovAtom::ERROR_MALFORMED_ATOM);
-    row("chunk 0", Box::full("stsc").u32(1).u32(0).u32(25).u32(1), MovAtom::ERROR_INVALID_ARG);
-    row("a chunk behind the last", Box::full("stsc").u32(1).u32(2).u32(25).u32(1),
-        MovAtom::ERROR_INVALID_ARG);
-    row("runs that go back",
-        Box::full("stsc").u32(2).u32(9).u32(1).u32(1).u32(1).u32(0xFFFFFFFF).u32(1),
-        MovAtom::ERROR_OKAY);
+    row("no runs", {0}, MovAtom::ERROR_MALFORMED_ATOM);
+    row("no samples in a chunk", {1, 1, 0, 1}, MovAtom::ERROR_MALFORMED_ATOM);
+    row("no samples in the last run", {2, 1, 1, 1, 2, 0, 1}, MovAtom::ERROR_MALFORMED_ATOM);
+    row("chunk 0", {1, 0, 25, 1}, MovAtom::ERROR_INVALID_ARG);
+    row("a chunk behind the last", {1, 2, 25, 1}, MovAtom::ERROR_INVALID_ARG);
+    row("runs that go back", {2, 9, 1, 1, 1, 0xFFFFFFFF, 1}, MovAtom::ERROR_OKAY);
 }
 
 void tst_HostileAtoms::aSampleWithoutAPlaceIsRefused()
@@ -309,11 +298,11 @@ void tst_HostileAtoms::aTimeThatNoNumberHoldsIsRefused()
     QFETCH(uint, offset);
     constexpr uint32_t kSamples = 0xFFFFFFFF;
     TestTrack track;
-    track.tables = {Box::full("stsz").u32(1).u32(kSamples),
-                    Box::full("stsc").u32(1).u32(1).u32(kSamples).u32(1),
-                    Box::full("stco").u32(1).u32(4096),
-                    Box::full("stts").u32(1).u32(kSamples).u32(duration),
-                    Box::full("ctts").u32(1).u32(kSamples).u32(offset),
+    track.tables = {Box::full("stsz").words({1, kSamples}),
+                    Box::full("stsc").words({1, 1, kSamples, 1}),
+                    Box::full("stco").words({1, 4096}),
+                    Box::full("stts").words({1, kSamples, duration}),
+                    Box::full("ctts").words({1, kSamples, offset}),
                     Box("free")};
     ExactBuffer buffer(movie({track}).bytes());
     MovieAtom movie;

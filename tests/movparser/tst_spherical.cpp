@@ -110,72 +110,58 @@ void tst_Spherical::answers_data()
 {
     QTest::addColumn<QByteArray>("moov");
     QTest::addColumn<QString>("expected");
-    const auto row = [](const char *name, const TestTrack &track, const char *expected) {
-        QTest::newRow(name) << movie({track}).bytes() << QString::fromLatin1(expected);
+    const auto row = [](const char *name, const TestTrack &track, int stereoMode, int projection,
+                        const char *tool = "untouched", const char *pose = "0/0/0") {
+        QTest::newRow(name) << movie({track}).bytes()
+                            << QStringLiteral("stereo %1, projection %2, pose %3, tool '%4'")
+                                   .arg(stereoMode)
+                                   .arg(projection)
+                                   .arg(QString::fromLatin1(pose), QString::fromLatin1(tool));
     };
-    row("nothing said", described({}), "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
-    row("st3d 1 is top-bottom", described({Box::full("st3d").u8(1)}),
-        "stereo 2, projection 0, pose 0/0/0, tool 'untouched'");
-    row("st3d 2 is left-right", described({Box::full("st3d").u8(2)}),
-        "stereo 1, projection 0, pose 0/0/0, tool 'untouched'");
-    row("st3d 3 is nothing", described({Box::full("st3d").u8(3)}),
-        "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
-    row("equi", described({Box("sv3d").child(proj({kEqui}))}),
-        "stereo 0, projection 1, pose 0/0/0, tool ''");
-    row("cbmp", described({Box("sv3d").child(proj({kCube}))}),
-        "stereo 0, projection 256, pose 0/0/0, tool ''");
-    row("equi wins over cbmp", described({Box("sv3d").child(proj({kCube, kEqui}))}),
-        "stereo 0, projection 1, pose 0/0/0, tool ''");
-    row("neither equi nor cbmp", described({Box("sv3d").child(proj({Box("mshp").zeros(9)}))}),
-        "stereo 0, projection 0, pose 0/0/0, tool ''");
-    row("a zero size ends proj",
-        described({Box("sv3d").child(proj({Box("free").claims(0), kEqui}))}),
-        "stereo 0, projection 0, pose 0/0/0, tool ''");
+    const auto stereo = [](int mode) { return described({Box::full("st3d").u8(uint64_t(mode))}); };
+    const auto projected = [](const QList<Box> &children) {
+        return described({Box("sv3d").child(proj(children))});
+    };
+    row("nothing said", described({}), 0, 0);
+    row("st3d 1 is top-bottom", stereo(1), 2, 0);
+    row("st3d 2 is left-right", stereo(2), 1, 0);
+    row("st3d 3 is nothing", stereo(3), 0, 0);
+    row("equi", projected({kEqui}), 0, 1, "");
+    row("cbmp", projected({kCube}), 0, 256, "");
+    row("equi wins over cbmp", projected({kCube, kEqui}), 0, 1, "");
+    row("neither equi nor cbmp", projected({Box("mshp").zeros(9)}), 0, 0, "");
+    row("a zero size ends proj", projected({Box("free").claims(0), kEqui}), 0, 0, "");
     row("the tool is the svhd's text",
         described({Box("sv3d")
                        .child(Box("free").u8(1))
                        .child(Box::full("svhd").raw(QByteArray("a tool\0rest", 11)))}),
-        "stereo 0, projection 0, pose 0/0/0, tool 'a tool'");
+        0, 0, "a tool");
     row("fractions of a degree are cut off", described({pose(0x005A8000, 0xFFA58001, 0x0000FFFF)}),
-        "stereo 0, projection 0, pose 90/-90/0, tool ''");
+        0, 0, "", "90/-90/0");
     row("a readable description silences the document",
-        described({}, {document('x' + element("StereoMode", "left-right"))}),
-        "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
+        described({}, {document('x' + element("StereoMode", "left-right"))}), 0, 0);
     row("the document speaks for a track without description",
         undescribed('x' + element("StereoMode", "top-bottom")
                     + element("StitchingSoftware", "stitcher")
                     + element("InitialViewHeadingDegrees", "90")),
-        "stereo 2, projection 1, pose 0/0/0, tool 'stitcher'");
-    row("a foreign uuid reads as an empty document", undescribed("no xml\xFF"),
-        "stereo 0, projection 1, pose 0/0/0, tool ''");
+        2, 1, "stitcher");
+    row("a foreign uuid reads as an empty document", undescribed("no xml\xFF"), 0, 1, "");
     row("a tag at the very beginning does not count",
-        undescribed(element("StereoMode", "left-right")),
-        "stereo 0, projection 1, pose 0/0/0, tool ''");
+        undescribed(element("StereoMode", "left-right")), 0, 1, "");
     row("the last of several elements counts",
         undescribed('x' + element("StereoMode", "left-right")
                     + element("StereoMode", "top-bottom")),
-        "stereo 2, projection 1, pose 0/0/0, tool ''");
+        2, 1, "");
     row("each byte of the software is a character",
-        undescribed("x"
-                    + element("StitchingSoftware",
-                              "K\xC3\xA4"
-                              "fer")),
-        "stereo 0, projection 1, pose 0/0/0, tool 'K\xC3\xA4"
-        "fer'");
+        undescribed('x' + element("StitchingSoftware", "K\u00e4fer")), 0, 1, "K\u00e4fer");
     row("the document ends at a 0 byte",
-        undescribed(QByteArray("x\0", 2) + element("StereoMode", "left-right")),
-        "stereo 0, projection 1, pose 0/0/0, tool ''");
-    row(
-        "only the first description counts",
-        [] {
-            TestTrack track;
-            const QByteArray plain = track.descriptions().bytes().mid(16);
-            const QByteArray tagged =
-                described({Box::full("st3d").u8(1)}).descriptions().bytes().mid(16);
-            track.tables.append(Box::full("stsd").u32(2).raw(plain).raw(tagged));
-            return track;
-        }(),
-        "stereo 0, projection 0, pose 0/0/0, tool 'untouched'");
+        undescribed(QByteArray("x\0", 2) + element("StereoMode", "left-right")), 0, 1, "");
+    TestTrack second;
+    second.tables.append(Box::full("stsd")
+                             .u32(2)
+                             .raw(second.descriptions().bytes().mid(16))
+                             .raw(stereo(1).descriptions().bytes().mid(16)));
+    row("only the first description counts", second, 0, 0);
 }
 
 void tst_Spherical::answers()

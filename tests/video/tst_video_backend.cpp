@@ -18,20 +18,10 @@
 
 namespace {
 
-enum PlaybackState {
-    StoppedState,
-    PlayingState,
-    PausedState
-};
-
-enum Status {
-    NoMedia = 1,
-    Loading = 2,
-    Buffering = 5,
-    Buffered = 6,
-    EndOfMedia = 7,
-    InvalidMedia = 8
-};
+// The numbers of MediaPlayer in QtMultimedia.
+constexpr int StoppedState = 0, PlayingState = 1, PausedState = 2;
+constexpr int NoMedia = 1, Loading = 2, Buffering = 5, Buffered = 6, EndOfMedia = 7,
+              InvalidMedia = 8;
 
 QStringList s_warnings;
 
@@ -65,11 +55,9 @@ private Q_SLOTS:
     void currentPlugin();
     void vlcSettings();
     void defaultsOfThePlayer();
-    void states_data();
     void states();
     void run();
     void failingStreamSaysWhy();
-    void seekJump_data();
     void seekJump();
     void settingsWhilePlaying();
     void volumeStaysTheUsers();
@@ -77,6 +65,13 @@ private Q_SLOTS:
 
 private:
     void load(const QString &plugin);
+
+    void playClip()
+    {
+        load(QString());
+        m_player->setProperty("mediaSource", clip());
+        QTRY_VERIFY(value("textureId").toInt() != 0);
+    }
 
     QVariant value(const char *name) const { return m_player->property(name); }
 
@@ -189,28 +184,25 @@ void TestVideoBackend::vlcSettings()
     QCOMPARE(m_options.audioDelay, -250);
     VxVlcOptions stored;
     stored.load(m_store.get());
-    QVERIFY(stored.hardwareDecoding && stored.shaderColorConversion);
-    QCOMPARE(stored.audioDelay, -250);
+    QVERIFY(stored.hardwareDecoding && stored.shaderColorConversion && stored.audioDelay == -250);
 
     m_options.customMediaOptions = QStringLiteral(":a");
     m_plugin->resetDefaultValues(QStringLiteral("vlc"));
     QCOMPARE(hardware.count() + shader.count() + delay.count(), 6);
     stored.load(m_store.get());
-    QVERIFY(!stored.hardwareDecoding && !stored.shaderColorConversion);
-    QCOMPARE(stored.audioDelay, 0);
+    QVERIFY(!stored.hardwareDecoding && !stored.shaderColorConversion && stored.audioDelay == 0);
     QCOMPARE(stored.customMediaOptions, QString());
 }
 
 void TestVideoBackend::defaultsOfThePlayer()
 {
     load(QString());
-    QCOMPARE(value("duration").toInt(), 0);
-    QCOMPARE(value("position").toInt(), 0);
-    QCOMPARE(value("nativeSize").toBool(), true);
-    QCOMPARE(value("playerStatus").toInt(), int(NoMedia));
-    QCOMPARE(value("playbackState").toInt(), int(StoppedState));
-    QCOMPARE(value("volume").toDouble(), 0.5);
-    QCOMPARE(value("textureId").toInt(), 0);
+    const QVariantMap defaults{{"duration", 0},  {"position", 0},
+                               {"volume", 0.5},  {"nativeSize", true},
+                               {"textureId", 0}, {"playbackState", StoppedState},
+                               {"fps", 0},       {"playerStatus", NoMedia}};
+    for (auto it = defaults.begin(); it != defaults.end(); ++it)
+        QCOMPARE(value(qPrintable(it.key())), it.value());
     QVERIFY(!value("shaderEffectSource").value<QObject *>());
     // Known as soon as the scene graph has run once.
     QTRY_COMPARE(value("textureTransfer").toString(), QStringLiteral("Pixel Buffer Object"));
@@ -218,70 +210,60 @@ void TestVideoBackend::defaultsOfThePlayer()
         call(function);
 }
 
-void TestVideoBackend::states_data()
-{
-    QTest::addColumn<int>("vlcState");
-    QTest::addColumn<int>("playbackState");
-    QTest::addColumn<int>("playerStatus");
-    QTest::newRow("Idle") << 0 << int(StoppedState) << int(NoMedia);
-    QTest::newRow("Opening") << 1 << int(StoppedState) << int(Loading);
-    QTest::newRow("Buffering") << 2 << int(StoppedState) << int(Buffering);
-    QTest::newRow("Playing") << 3 << int(PlayingState) << int(Buffered);
-    QTest::newRow("Paused") << 4 << int(PausedState) << int(Buffered);
-    QTest::newRow("Stopped") << 5 << int(StoppedState) << int(NoMedia);
-    QTest::newRow("Ended") << 6 << int(StoppedState) << int(EndOfMedia);
-    QTest::newRow("Error") << 7 << int(StoppedState) << int(InvalidMedia);
-}
-
 void TestVideoBackend::states()
 {
-    QFETCH(int, vlcState);
     load(QString());
-    m_player->setProperty("playbackState", -1);
-    m_player->setProperty("playerStatus", -1);
-    QVERIFY(QMetaObject::invokeMethod(value("item").value<QObject *>(), "vlcStateChanged",
-                                      Q_ARG(int, vlcState)));
-    QTEST(value("playbackState").toInt(), "playbackState");
-    QTEST(value("playerStatus").toInt(), "playerStatus");
+    // By the number of the state: from idle over opening and so on to the error.
+    const std::pair<int, int> expected[] = {
+        {StoppedState, NoMedia},    {StoppedState, Loading},     {StoppedState, Buffering},
+        {PlayingState, Buffered},   {PausedState, Buffered},     {StoppedState, NoMedia},
+        {StoppedState, EndOfMedia}, {StoppedState, InvalidMedia}};
+    int state = 0;
+    for (const auto &[playbackState, status] : expected) {
+        m_player->setProperty("playbackState", -1);
+        m_player->setProperty("playerStatus", -1);
+        QVERIFY(QMetaObject::invokeMethod(value("item").value<QObject *>(), "vlcStateChanged",
+                                          Q_ARG(int, state++)));
+        QCOMPARE(value("playbackState").toInt(), playbackState);
+        QCOMPARE(value("playerStatus").toInt(), status);
+    }
 }
 
 void TestVideoBackend::run()
 {
-    load(QString());
-    m_player->setProperty("mediaSource", clip());
-    QTRY_COMPARE(value("playerStatus").toInt(), int(Buffered));
-    QTRY_VERIFY(value("textureId").toInt() != 0);
+    playClip();
+    QTRY_COMPARE(value("playerStatus").toInt(), Buffered);
     QTRY_VERIFY(value("position").toInt() > 0);
     QVERIFY(std::abs(value("duration").toInt() - 1500) < 100);
     QCOMPARE(value("texturePixelFormat").toString(), QStringLiteral("BGRA"));
     QTRY_COMPARE(value("width").toInt(), 160);
     call("pause");
-    QTRY_COMPARE(value("playbackState").toInt(), int(PausedState));
+    QTRY_COMPARE(value("playbackState").toInt(), PausedState);
     QSignalSpy seeks(m_player, SIGNAL(seekRequested()));
     QVERIFY(QMetaObject::invokeMethod(m_player, "seek", Q_ARG(QVariant, 700)));
     QCOMPARE(seeks.count(), 1);
     QCOMPARE(value("position").toInt(), 700);
     call("play");
-    QTRY_COMPARE(value("playerStatus").toInt(), int(EndOfMedia));
+    QTRY_COMPARE(value("playerStatus").toInt(), EndOfMedia);
     call("restart");
-    QTRY_COMPARE(value("playbackState").toInt(), int(PlayingState));
+    QTRY_COMPARE(value("playbackState").toInt(), PlayingState);
     // An empty source ends it, and no command brings it back.
     m_player->setProperty("mediaSource", QUrl());
-    QTRY_COMPARE(value("playerStatus").toInt(), int(NoMedia));
+    QTRY_COMPARE(value("playerStatus").toInt(), NoMedia);
     QCOMPARE(value("textureId").toInt(), 0);
     QCOMPARE(value("duration").toInt(), 0);
     call("play");
     call("restart");
     m_plugin->setVlcHwDecoding(true);
     QTest::qWait(300);
-    QCOMPARE(value("playerStatus").toInt(), int(NoMedia));
+    QCOMPARE(value("playerStatus").toInt(), NoMedia);
 }
 
 void TestVideoBackend::failingStreamSaysWhy()
 {
     load(QString());
     m_player->setProperty("mediaSource", QUrl(QStringLiteral("rtsp://127.0.0.1:1/clip")));
-    QTRY_COMPARE_WITH_TIMEOUT(value("playerStatus").toInt(), int(InvalidMedia), 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(value("playerStatus").toInt(), InvalidMedia, 10000);
     const QString error = value("errorString").toString();
     QVERIFY2(error.startsWith(QLatin1String("Unknown Error")), qPrintable(error));
     QVERIFY2(error.contains(QLatin1String("rtsp")), qPrintable(error));
@@ -291,36 +273,24 @@ void TestVideoBackend::failingStreamSaysWhy()
     QTRY_COMPARE(value("errorString").toString(), QStringLiteral("Unknown Error"));
 }
 
-void TestVideoBackend::seekJump_data()
-{
-    QTest::addColumn<int>("delta");
-    QTest::addColumn<int>("position");
-    QTest::newRow("forwards") << 300 << 700;
-    QTest::newRow("backwards") << -300 << 100;
-    QTest::newRow("to the very end") << 600 << 1000;
-    QTest::newRow("past the end") << 601 << 0;
-    QTest::newRow("before the beginning") << -401 << 0;
-}
-
 void TestVideoBackend::seekJump()
 {
-    QFETCH(int, delta);
-    load(QString());
-    m_player->setProperty("mediaSource", clip());
-    QTRY_VERIFY(value("textureId").toInt() != 0);
+    playClip();
     call("pause");
-    QTRY_COMPARE(value("playbackState").toInt(), int(PausedState));
-    m_player->setProperty("duration", 1000);
-    m_player->setProperty("position", 400);
-    QVERIFY(QMetaObject::invokeMethod(m_player, "seekJump", Q_ARG(QVariant, delta)));
-    QTEST(value("position").toInt(), "position");
+    QTRY_COMPARE(value("playbackState").toInt(), PausedState);
+    // To the very end, but from past it and from before the beginning to the beginning.
+    for (const auto &[delta, position] :
+         {std::pair(300, 700), {-300, 100}, {600, 1000}, {601, 0}, {-401, 0}}) {
+        m_player->setProperty("duration", 1000);
+        m_player->setProperty("position", 400);
+        QVERIFY(QMetaObject::invokeMethod(m_player, "seekJump", Q_ARG(QVariant, delta)));
+        QCOMPARE(value("position").toInt(), position);
+    }
 }
 
 void TestVideoBackend::settingsWhilePlaying()
 {
-    load(QString());
-    m_player->setProperty("mediaSource", clip());
-    QTRY_VERIFY(value("textureId").toInt() != 0);
+    playClip();
     QSignalSpy opened(value("item").value<QObject *>(), SIGNAL(sourceChanged()));
     m_plugin->setVlcAudioDelay(100);
     QCOMPARE(opened.count(), 0);
@@ -339,10 +309,10 @@ void TestVideoBackend::volumeStaysTheUsers()
     m_player->setProperty("volume", 0.35);
     for (int round = 0; round < 2; ++round) {
         m_player->setProperty("mediaSource", clip());
-        QTRY_COMPARE(value("playerStatus").toInt(), int(Buffered));
+        QTRY_COMPARE(value("playerStatus").toInt(), Buffered);
         QTRY_COMPARE(value("item").value<QObject *>()->property("volume").toFloat(), 0.35f);
         m_player->setProperty("mediaSource", QUrl());
-        QTRY_COMPARE(value("playerStatus").toInt(), int(NoMedia));
+        QTRY_COMPARE(value("playerStatus").toInt(), NoMedia);
         QCOMPARE(value("volume").toDouble(), 0.35);
     }
 }
@@ -360,9 +330,9 @@ void TestVideoBackend::qtBackend()
     if (value("playerStatus").toInt() != Buffered)
         QSKIP(qPrintable(value("errorString").toString()));
     QTRY_VERIFY(value("duration").toInt() > 1000);
-    QTRY_COMPARE_WITH_TIMEOUT(value("playerStatus").toInt(), int(EndOfMedia), 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(value("playerStatus").toInt(), EndOfMedia, 10000);
     call("restart");
-    QTRY_COMPARE(value("playbackState").toInt(), int(PlayingState));
+    QTRY_COMPARE(value("playbackState").toInt(), PlayingState);
 }
 
 QTEST_MAIN(TestVideoBackend)
