@@ -7,6 +7,7 @@
 #include "app/Platform.h"
 #include "app/VxGlobalObject.h"
 #include "settings/VxVlcOptions.h"
+#include "video/BoundedWait.h"
 
 #include <QDir>
 #include <QLoggingCategory>
@@ -27,6 +28,10 @@ Q_LOGGING_CATEGORY(lcApp, "tavro.app")
 
 // Longer than any decoder of a healthy disk takes for one picture.
 constexpr std::chrono::seconds kEndPatience(10);
+
+// For players that were stopped and have not ended. The window is gone, but who waits for the
+// program should not notice.
+constexpr std::chrono::milliseconds kPlayerPatience(500);
 
 QStringList textsOf(int argc, char **argv)
 {
@@ -82,6 +87,11 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
     beginEnd(Application::exec());
     application.teardown();
     VxVlcOptions::setInstance(nullptr);
+    if (!waitForLateWork(kPlayerPatience)) {
+        // It uses what the application object and the libraries would take away at their end.
+        relaunch(outcome, startDirectory);
+        _exit(outcome.exitCode);
+    }
     return outcome;
 }
 

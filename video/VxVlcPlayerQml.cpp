@@ -3,12 +3,14 @@
 #include "video/VxVlcPlayerQml.h"
 
 #include "settings/VxVlcOptions.h"
+#include "video/BoundedWait.h"
+#include "video/DecoderRoot.h"
 #include "video/Texture.h"
 #include "video/VlcInstance.h"
+#include "video/VlcSession.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
-#include <QOpenGLContext>
 #include <QQuickWindow>
 #include <QThreadPool>
 
@@ -30,6 +32,12 @@ constexpr libvlc_event_type_t kPlayerEvents[] = {
 // Longer than from one medium of a list to the next.
 constexpr int kRestMs = 1000;
 
+// libvlc ends a medium within 40 ms as a rule, 140 ms at 4K. Most times the next one thus has the
+// same player; to wait much longer would be felt.
+constexpr std::chrono::milliseconds kEndPatience(200);
+
+constexpr int kRoomMs = 10;
+
 int toInt(qint64 milliseconds)
 {
     return static_cast<int>(
@@ -38,37 +46,16 @@ int toInt(qint64 milliseconds)
 
 } // namespace
 
-/// While it lives, a decoder that waits for its surface gives up at once. Whatever makes libvlc
-/// join its threads on the main thread does so under one: the surface is made on this very thread,
-/// and each would wait for the other.
-class VxVlcPlayerQml::DecoderRelease
-{
-public:
-    explicit DecoderRelease(VxVlcPlayerQml *player)
-        : m_player(player)
-    {
-        set(true);
-        m_player->m_surfaceOrRelease.notify_all();
-    }
-
-    ~DecoderRelease() { set(false); }
-
-private:
-    void set(bool releasing)
-    {
-        const std::lock_guard locker(m_player->m_mutex);
-        m_player->m_releasing = releasing;
-    }
-
-    VxVlcPlayerQml *m_player;
-};
-
 VxVlcPlayerQml::VxVlcPlayerQml(QQuickItem *parent)
     : QQuickPaintedItem(parent)
+    , m_root(std::make_shared<DecoderRoot>())
 {
     // The base class keeps a picture of this size; the item's own may be that of an 8K frame.
     setTextureSize(QSize(1, 1));
     watchWindow(window());
+    m_beginning.setSingleShot(true);
+    m_beginning.setInterval(kRoomMs);
+    connect(&m_beginning, &QTimer::timeout, this, &VxVlcPlayerQml::playWhenThereIsRoom);
     m_rest.setSingleShot(true);
     m_rest.setInterval(kRestMs);
     connect(&m_rest, &QTimer::timeout, this,
@@ -83,18 +70,23 @@ VxVlcPlayerQml::~VxVlcPlayerQml()
     desinitVlcPlayerInstance();
 }
 
+libvlc_media_player_t *VxVlcPlayerQml::player() const
+{
+    return m_session ? m_session->player() : nullptr;
+}
+
 float VxVlcPlayerQml::volume() const
 {
-    const bool asked = m_player && !m_volumePending;
-    const int percent = asked ? libvlc_audio_get_volume(m_player) : m_volumePercent;
+    const bool asked = player() && !m_volumePending;
+    const int percent = asked ? libvlc_audio_get_volume(player()) : m_volumePercent;
     return static_cast<float>(percent) / 100.0f;
 }
 
 void VxVlcPlayerQml::setVolume(float volume)
 {
     m_volumePercent = static_cast<int>(volume * 100);
-    if (m_player)
-        libvlc_audio_set_volume(m_player, m_volumePercent);
+    if (player())
+        libvlc_audio_set_volume(player(), m_volumePercent);
     Q_EMIT volumeChanged();
 }
 
@@ -181,8 +173,8 @@ void VxVlcPlayerQml::openFile(const QUrl &url)
     stop();
     desinitVlcMediaInstance();
     initVlcMediaInstance();
-    if (m_player && m_media) {
-        libvlc_media_player_set_media(m_player, m_media);
+    if (player() && m_media) {
+        libvlc_media_player_set_media(player(), m_media);
         startPlaying();
     } else {
         const int generation = ++m_generation;
@@ -208,7 +200,16 @@ void VxVlcPlayerQml::startPlaying()
     m_displays = 0;
     m_volumePending = m_volumePercent >= 0;
     m_rest.stop();
-    libvlc_media_player_play(m_player);
+    playWhenThereIsRoom();
+}
+
+void VxVlcPlayerQml::playWhenThereIsRoom()
+{
+    if (VlcSession::isMemoryHeld()) {
+        m_beginning.start();
+        return;
+    }
+    libvlc_media_player_play(player());
     // libvlc forgets the delay with each medium.
     const VxVlcOptions *options = VxVlcOptions::instance();
     if (options && options->audioDelay != 0)
@@ -217,15 +218,15 @@ void VxVlcPlayerQml::startPlaying()
 
 void VxVlcPlayerQml::pause()
 {
-    if (m_player)
-        libvlc_media_player_set_pause(m_player, 1);
+    if (player())
+        libvlc_media_player_set_pause(player(), 1);
 }
 
 void VxVlcPlayerQml::play()
 {
-    if (!m_player || !m_media)
+    if (!player() || !m_media)
         return;
-    switch (libvlc_media_player_get_state(m_player)) {
+    switch (libvlc_media_player_get_state(player())) {
     case libvlc_Ended:
     case libvlc_Error:
         // libvlc ignores the command where a run has ended.
@@ -236,7 +237,7 @@ void VxVlcPlayerQml::play()
         startPlaying();
         break;
     default:
-        libvlc_media_player_play(m_player);
+        libvlc_media_player_play(player());
         break;
     }
 }
@@ -254,16 +255,35 @@ void VxVlcPlayerQml::stop()
     // Before the texture is deleted: a renderer that takes its picture while the main thread waits
     // for libvlc must not find the old name.
     setTextureId(0);
-    if (!m_player)
+    if (!m_session)
         return;
+    m_beginning.stop();
     // An end that is still on its way must not start the next medium.
-    ++m_generation;
-    {
-        const DecoderRelease release(this);
-        libvlc_media_player_stop(m_player);
+    const int generation = ++m_generation;
+    if (!endMedium()) {
+        desinitVlcMediaInstance();
+        m_session.reset();
+        // What the old player would have done and told.
+        forgetPicture();
+        QMetaObject::invokeMethod(
+            this, [this, generation] { handleState(generation, Stopped, {}); },
+            Qt::QueuedConnection);
+        initVlcPlayerInstance();
+        initVlcMediaInstance();
+        if (m_session && m_media)
+            libvlc_media_player_set_media(player(), m_media);
     }
-    m_target.deleteContext();
     m_rest.start();
+}
+
+// False when the player does not stop soon. It then ends by itself, unseen and unheard.
+bool VxVlcPlayerQml::endMedium()
+{
+    if (runWithin(kEndPatience, [session = m_session] { session->stop(); }))
+        return true;
+    qCDebug(lcTiming) << "video: left a player that does not stop";
+    m_session->abandon();
+    return false;
 }
 
 void VxVlcPlayerQml::itemChange(ItemChange change, const ItemChangeData &value)
@@ -289,62 +309,64 @@ void VxVlcPlayerQml::watchWindow(QQuickWindow *itemWindow)
 
 void VxVlcPlayerQml::seek(int offset)
 {
-    if (!m_player)
+    if (!player())
         return;
-    libvlc_media_player_set_time(m_player, offset);
+    libvlc_media_player_set_time(player(), offset);
     // Only a medium that plays reports its time.
-    if (!libvlc_media_player_is_playing(m_player))
+    if (!libvlc_media_player_is_playing(player()))
         Q_EMIT positionChanged(offset);
 }
 
 void VxVlcPlayerQml::updateAudioDelay()
 {
     const VxVlcOptions *options = VxVlcOptions::instance();
-    if (m_player && options)
-        libvlc_audio_set_delay(m_player, qint64{options->audioDelay} * 1000);
+    if (player() && options)
+        libvlc_audio_set_delay(player(), qint64{options->audioDelay} * 1000);
 }
 
 void VxVlcPlayerQml::initVlcPlayerInstance()
 {
-    if (m_player)
+    if (player())
         return;
     libvlc_instance_t *instance = vlcInstance();
-    m_player = instance ? libvlc_media_player_new(instance) : nullptr;
-    if (!m_player)
+    if (!instance)
         return;
-    libvlc_event_manager_t *events = libvlc_media_player_event_manager(m_player);
+    auto session = std::make_shared<VlcSession>(this, m_root, instance);
+    if (!session->player())
+        return;
+    m_session = std::move(session);
+    if (m_volumePercent >= 0)
+        libvlc_audio_set_volume(player(), m_volumePercent);
+    libvlc_event_manager_t *events = libvlc_media_player_event_manager(player());
     for (const libvlc_event_type_t type : kPlayerEvents)
-        libvlc_event_attach(events, type, onEvent, this);
-    libvlc_video_set_callbacks(m_player, onLock, onUnlock, onDisplay, this);
-    libvlc_video_set_format_callbacks(m_player, onFormat, onCleanup);
+        libvlc_event_attach(events, type, onEvent, m_session.get());
+    libvlc_video_set_callbacks(player(), onLock, onUnlock, onDisplay, m_session.get());
+    libvlc_video_set_format_callbacks(player(), onFormat, onCleanup);
 }
 
 void VxVlcPlayerQml::desinitVlcPlayerInstance()
 {
-    if (!m_player)
+    if (!m_session)
         return;
-    libvlc_event_manager_t *events = libvlc_media_player_event_manager(m_player);
-    for (const libvlc_event_type_t type : kPlayerEvents)
-        libvlc_event_detach(events, type, onEvent, this);
-    stop();
-    libvlc_media_player_release(m_player);
-    m_player = nullptr;
+    setTextureId(0);
+    m_session->leaveItem();
+    endMedium();
+    m_session.reset();
 }
 
 void VxVlcPlayerQml::initVlcMediaInstance()
 {
     const VxVlcOptions *options = VxVlcOptions::instance();
     m_shaderColorConversion = options && options->shaderColorConversion;
-    libvlc_instance_t *instance = vlcInstance();
-    libvlc_media_t *media = instance
-        ? libvlc_media_new_location(instance,
+    libvlc_media_t *media = m_session
+        ? libvlc_media_new_location(vlcInstance(),
                                     m_source.toString(QUrl::FullyEncoded).toUtf8().constData())
         : nullptr;
     if (!media)
         return;
     libvlc_event_manager_t *events = libvlc_media_event_manager(media);
     for (const libvlc_event_type_t type : kMediaEvents)
-        libvlc_event_attach(events, type, onEvent, this);
+        libvlc_event_attach(events, type, onEvent, m_session.get());
     for (const QString &option : options ? options->mediaOptions() : VxVlcOptions().mediaOptions())
         libvlc_media_add_option(media, option.toUtf8().constData());
     const std::lock_guard locker(m_mutex);
@@ -360,7 +382,7 @@ void VxVlcPlayerQml::desinitVlcMediaInstance()
     libvlc_media_t *media = m_media;
     libvlc_event_manager_t *events = libvlc_media_event_manager(media);
     for (const libvlc_event_type_t type : kMediaEvents)
-        libvlc_event_detach(events, type, onEvent, this);
+        libvlc_event_detach(events, type, onEvent, m_session.get());
     {
         const std::lock_guard locker(m_mutex);
         m_media = nullptr;
@@ -406,8 +428,8 @@ void VxVlcPlayerQml::handleVolume(int generation)
 // opening may still put its own in its place: until sound runs, the wanted one is set again.
 void VxVlcPlayerQml::applyVolume()
 {
-    if (m_volumePending && m_player && libvlc_audio_get_volume(m_player) != m_volumePercent)
-        libvlc_audio_set_volume(m_player, m_volumePercent);
+    if (m_volumePending && player() && libvlc_audio_get_volume(player()) != m_volumePercent)
+        libvlc_audio_set_volume(player(), m_volumePercent);
 }
 
 void VxVlcPlayerQml::handleTime(int generation, qint64 time)
@@ -417,8 +439,8 @@ void VxVlcPlayerQml::handleTime(int generation, qint64 time)
     applyVolume();
     m_volumePending = false;
     // Some containers do not tell their length at first.
-    if (m_durationTold <= 0 && m_player)
-        handleDuration(generation, libvlc_media_player_get_length(m_player));
+    if (m_durationTold <= 0 && player())
+        handleDuration(generation, libvlc_media_player_get_length(player()));
     Q_EMIT positionChanged(toInt(time));
 }
 
@@ -457,15 +479,7 @@ void VxVlcPlayerQml::resizeToFrame()
         setSize(size);
 }
 
-// Surfaces have to be made on the main thread.
 void VxVlcPlayerQml::initFakeSurfaces()
 {
-    for (int i = 0; i < 2; ++i) {
-        auto surface = std::make_unique<QOffscreenSurface>();
-        surface->setFormat(m_rootContext->format());
-        surface->create();
-        const std::lock_guard locker(m_mutex);
-        m_surfaces[i] = std::move(surface);
-    }
-    m_surfaceOrRelease.notify_all();
+    m_root->makeSurfaces();
 }

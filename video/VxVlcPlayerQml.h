@@ -4,20 +4,20 @@
 // Plays a medium through libvlc and delivers each picture as an OpenGL texture. libvlc only
 // decodes, into memory that this item hands it; it has no window of its own.
 
-#include "video/DecoderTarget.h"
+#include "video/VideoFormat.h"
 
-#include <QOffscreenSurface>
 #include <QQuickPaintedItem>
 #include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
 
-#include <array>
 #include <atomic>
-#include <condition_variable>
 #include <memory>
 #include <mutex>
 
+class DecoderRoot;
+class DecoderTarget;
+class VlcSession;
 struct libvlc_event_t;
 struct libvlc_media_player_t;
 struct libvlc_media_t;
@@ -112,7 +112,9 @@ public:
     /// After the end or an error the medium is opened anew.
     Q_INVOKABLE void play();
     Q_INVOKABLE void restart();
-    /// Returns when libvlc's threads for this medium have ended. No picture is left.
+    /// No picture is left, and none comes any more. Returns when libvlc's threads for this medium
+    /// have ended; those that take long, because a server or a disk does not answer, end by
+    /// themselves.
     Q_INVOKABLE void stop();
     /// `offset` in milliseconds from the beginning.
     Q_INVOKABLE void seek(int offset);
@@ -157,7 +159,7 @@ private Q_SLOTS:
     void initVlcMediaInstance();
     void desinitVlcPlayerInstance();
     void desinitVlcMediaInstance();
-    void updateTexture();
+    void updateTexture(DecoderTarget &target);
 
 private:
     struct VideoTrack
@@ -166,9 +168,7 @@ private:
         quint32 codec = 0;
     };
 
-    class DecoderRelease;
-
-    // On libvlc's threads.
+    // On libvlc's threads. The opaque object is a session, which may have left the item.
     static unsigned onFormat(void **opaque, char *chroma, unsigned *width, unsigned *height,
                              unsigned *pitches, unsigned *lines);
     static void onCleanup(void *opaque);
@@ -176,12 +176,12 @@ private:
     static void onUnlock(void *opaque, void *picture, void *const *planes);
     static void onDisplay(void *opaque, void *picture);
     static void onEvent(const libvlc_event_t *event, void *opaque);
-    bool waitForSurface();
-    unsigned format(char *chroma, unsigned *width, unsigned *height, unsigned *pitches,
-                    unsigned *lines);
-    void cleanup();
-    void lock(void **planes);
-    void display();
+    // And these for a session that the item still has.
+    unsigned format(VlcSession *session, char *chroma, unsigned *width, unsigned *height,
+                    unsigned *pitches, unsigned *lines);
+    void forgetPicture();
+    void display(DecoderTarget &target);
+    void handleEvent(const libvlc_event_t *event);
     VideoTrack readTracks(libvlc_media_t *media);
     VideoTrack trackForFormat(unsigned width, unsigned height);
 
@@ -196,6 +196,9 @@ private:
     void handleDuration(int generation, qint64 duration);
     bool nothingWasPlayable() const;
     void startPlaying();
+    void playWhenThereIsRoom();
+    libvlc_media_player_t *player() const;
+    bool endMedium();
 
     QUrl m_source;
     float m_yaw = 0;
@@ -207,8 +210,10 @@ private:
     int m_state = Idle; // as last reported
     bool m_errorTold = false;
     int m_durationTold = 0;
-    libvlc_media_player_t *m_player = nullptr;
+    const std::shared_ptr<DecoderRoot> m_root;
+    std::shared_ptr<VlcSession> m_session; // null before the first opening
     libvlc_media_t *m_media = nullptr; // changed under m_mutex
+    QTimer m_beginning; // while an abandoned player still holds the memory that the next needs
     QTimer m_rest; // until free memory is given back
     QMetaObject::Connection m_visibility; // of the item's window
 
@@ -224,16 +229,10 @@ private:
     std::atomic<int> m_displays{0}; // since opening
 
     // Of the decoder's thread.
-    DecoderTarget m_target;
-    int m_fpsCounter = 0;
+    std::atomic<int> m_fpsCounter{0};
     qint64 m_fpsSecond = 0;
-    int m_nextSurface = 0;
 
     mutable std::mutex m_mutex; // guards what follows, and m_media
-    std::condition_variable m_surfaceOrRelease;
-    bool m_releasing = false; // libvlc's threads are about to be joined
-    std::unique_ptr<QOpenGLContext> m_rootContext;
-    std::array<std::unique_ptr<QOffscreenSurface>, 2> m_surfaces;
     VideoTrack m_videoTrack;
     QVariantMap m_fileMetadata;
 };

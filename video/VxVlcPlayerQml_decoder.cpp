@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The half that runs on other threads: the scene graph's, where the contexts begin to share, and
 // libvlc's, on which pictures and events arrive. Nothing here waits for the main thread but
-// waitForSurface(), which ends when the main thread is about to wait for libvlc.
+// waitForSurfaces(), which ends when the main thread is about to wait for libvlc.
+#include "video/DecoderRoot.h"
 #include "video/Texture.h"
 #include "video/VideoFrameBuffers.h"
+#include "video/VlcSession.h"
 #include "video/VxVlcPlayerQml.h"
 
 #include <QDateTime>
 #include <QLoggingCategory>
-#include <QOpenGLContext>
 
 #include <vlc/vlc.h>
 
@@ -25,9 +26,9 @@ constexpr int kSkippedDisplays = 2;
 // A codec whose pictures are in studio range although their chroma does not say so.
 constexpr quint32 kStudioRangeCodec = static_cast<quint32>(fourcc("VLFD"));
 
-VxVlcPlayerQml *itemOf(void *opaque)
+VlcSession *sessionOf(void *opaque)
 {
-    return static_cast<VxVlcPlayerQml *>(opaque);
+    return static_cast<VlcSession *>(opaque);
 }
 
 } // namespace
@@ -35,18 +36,10 @@ VxVlcPlayerQml *itemOf(void *opaque)
 // On the rendering thread, the main thread waiting.
 QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 {
-    QOpenGLContext *current = QOpenGLContext::currentContext();
-    if (!m_rootContext && current) {
-        auto root = std::make_unique<QOpenGLContext>();
-        root->setFormat(current->format());
-        root->setShareContext(current);
-        if (root->create()) {
-            m_rootContext = std::move(root);
-            m_transfer = Texture(false).transfer();
-            QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces,
-                                      Qt::QueuedConnection);
-            Q_EMIT textureTransferChanged();
-        }
+    if (m_root->makeContext()) {
+        m_transfer = Texture(false).transfer();
+        QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces, Qt::QueuedConnection);
+        Q_EMIT textureTransferChanged();
     }
     return QQuickPaintedItem::updatePaintNode(node, data);
 }
@@ -54,17 +47,28 @@ QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *dat
 unsigned VxVlcPlayerQml::onFormat(void **opaque, char *chroma, unsigned *width, unsigned *height,
                                   unsigned *pitches, unsigned *lines)
 {
-    return itemOf(*opaque)->format(chroma, width, height, pitches, lines);
+    VlcSession *session = sessionOf(*opaque);
+    if (!session->waitForSurfaces())
+        return 0;
+    const VlcSession::ItemLock item(session);
+    return item ? item->format(session, chroma, width, height, pitches, lines) : 0;
 }
 
 void VxVlcPlayerQml::onCleanup(void *opaque)
 {
-    itemOf(opaque)->cleanup();
+    VlcSession *session = sessionOf(opaque);
+    if (const VlcSession::ItemLock item(session); item)
+        item->forgetPicture();
+    session->target().drop();
 }
 
 void *VxVlcPlayerQml::onLock(void *opaque, void **planes)
 {
-    itemOf(opaque)->lock(planes);
+    DecoderTarget &target = sessionOf(opaque)->target();
+    target.makeCurrent();
+    const std::array<void *, 3> memory = target.map();
+    for (int plane = 0; plane < target.frame()->layout().planeCount(); ++plane)
+        planes[plane] = memory[plane];
     return nullptr;
 }
 
@@ -73,17 +77,27 @@ void VxVlcPlayerQml::onUnlock(void *, void *, void *const *) { }
 
 void VxVlcPlayerQml::onDisplay(void *opaque, void *)
 {
-    itemOf(opaque)->display();
+    VlcSession *session = sessionOf(opaque);
+    // The picture that stop() has taken away must not come back.
+    if (session->isStopping())
+        return;
+    if (const VlcSession::ItemLock item(session); item)
+        item->display(session->target());
+}
+
+void VxVlcPlayerQml::onEvent(const libvlc_event_t *event, void *opaque)
+{
+    if (const VlcSession::ItemLock item(sessionOf(opaque)); item)
+        item->handleEvent(event);
 }
 
 // Passes everything on to the main thread, also what is reported there: libvlc holds a lock around
 // this call, and a receiver may well open the next medium.
-void VxVlcPlayerQml::onEvent(const libvlc_event_t *event, void *opaque)
+void VxVlcPlayerQml::handleEvent(const libvlc_event_t *event)
 {
-    VxVlcPlayerQml *item = itemOf(opaque);
-    const int generation = item->m_generation;
-    const auto post = [item](auto report) {
-        QMetaObject::invokeMethod(item, report, Qt::QueuedConnection);
+    const int generation = m_generation;
+    const auto post = [this](auto report) {
+        QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
     };
     const auto errorText = [] {
         const char *text = libvlc_errmsg();
@@ -92,30 +106,30 @@ void VxVlcPlayerQml::onEvent(const libvlc_event_t *event, void *opaque)
     switch (event->type) {
     case libvlc_MediaPlayerTimeChanged: {
         const qint64 time = event->u.media_player_time_changed.new_time;
-        post([=] { item->handleTime(generation, time); });
+        post([=] { handleTime(generation, time); });
         break;
     }
     case libvlc_MediaPlayerAudioVolume:
-        post([=] { item->handleVolume(generation); });
+        post([=] { handleVolume(generation); });
         break;
     case libvlc_MediaPlayerEncounteredError:
-        post([=, error = errorText()] { item->handleError(generation, error); });
+        post([=, error = errorText()] { handleError(generation, error); });
         break;
     case libvlc_MediaStateChanged: {
         const int state = event->u.media_state_changed.new_state;
-        post([=, error = errorText()] { item->handleState(generation, state, error); });
+        post([=, error = errorText()] { handleState(generation, state, error); });
         break;
     }
     case libvlc_MediaParsedChanged: {
         // The medium is parsed by now; asking for it here would wait for this very thread.
         auto *media = static_cast<libvlc_media_t *>(event->p_obj);
         const qint64 duration = libvlc_media_get_duration(media);
-        const VideoTrack track = item->readTracks(media);
+        const VideoTrack track = readTracks(media);
         {
-            const std::lock_guard locker(item->m_mutex);
-            item->m_videoTrack = track;
+            const std::lock_guard locker(m_mutex);
+            m_videoTrack = track;
         }
-        post([=] { item->handleDuration(generation, duration); });
+        post([=] { handleDuration(generation, duration); });
         break;
     }
     default: // the stop is reported by the medium's state
@@ -160,19 +174,9 @@ VxVlcPlayerQml::VideoTrack VxVlcPlayerQml::trackForFormat(unsigned width, unsign
     return track;
 }
 
-// False when the player is being stopped.
-bool VxVlcPlayerQml::waitForSurface()
+unsigned VxVlcPlayerQml::format(VlcSession *session, char *chroma, unsigned *width,
+                                unsigned *height, unsigned *pitches, unsigned *lines)
 {
-    std::unique_lock locker(m_mutex);
-    m_surfaceOrRelease.wait(locker, [this] { return m_surfaces[1] || m_releasing; });
-    return !m_releasing;
-}
-
-unsigned VxVlcPlayerQml::format(char *chroma, unsigned *width, unsigned *height, unsigned *pitches,
-                                unsigned *lines)
-{
-    if (!waitForSurface())
-        return 0;
     VideoFormat code = videoFormatFromChroma(chroma);
     const VideoTrack track = trackForFormat(*width, *height);
     // J420 counts as such too, although its signal uses all levels.
@@ -180,16 +184,14 @@ unsigned VxVlcPlayerQml::format(char *chroma, unsigned *width, unsigned *height,
     *width = static_cast<unsigned>(track.size.width());
     *height = static_cast<unsigned>(track.size.height());
 
-    // Each thread's context has a surface of its own.
-    if (!m_target.belongsToCurrentThread())
-        m_nextSurface = 1 - m_nextSurface;
-    if (!m_target.makeCurrent(m_rootContext.get(), m_surfaces[m_nextSurface].get()))
+    DecoderTarget &target = session->target();
+    if (!session->makeTargetCurrent())
         return 0;
     if (m_nativeSize)
         QMetaObject::invokeMethod(this, &VxVlcPlayerQml::resizeToFrame, Qt::QueuedConnection);
 
     // A mapped texture holds four-byte pixels only.
-    const bool convert = m_shaderColorConversion && !m_target.hasExtension("GL_INTEL_map_texture");
+    const bool convert = m_shaderColorConversion && !target.hasExtension("GL_INTEL_map_texture");
     if (!convert || code == VideoFormat::None) {
         code = VideoFormat::BGRA;
         std::memcpy(chroma, "BGRA", 4);
@@ -199,17 +201,17 @@ unsigned VxVlcPlayerQml::format(char *chroma, unsigned *width, unsigned *height,
                .value(QStringLiteral("Writing Tool"))
                .toString()
                .contains(QLatin1String("Tessarel"));
-    if (!m_target.setUp(code, track.size, studioRange, tessarel)) {
-        m_target.drop();
+    if (!target.setUp(code, track.size, studioRange, tessarel)) {
+        target.drop();
         return 0;
     }
-    const FrameLayout &layout = m_target.frame()->layout();
+    const FrameLayout &layout = target.frame()->layout();
     for (int plane = 0; plane < 3; ++plane) {
         pitches[plane] = layout.pitches[plane];
         lines[plane] = layout.lines[plane];
     }
     m_format = code;
-    m_transfer = m_target.frame()->transfer();
+    m_transfer = target.frame()->transfer();
     qCInfo(lcVideo).noquote() << "pictures of" << track.size << "as" << texturePixelFormat() << "by"
                               << textureTransfer();
     Q_EMIT texturePixelFormatChanged();
@@ -217,32 +219,25 @@ unsigned VxVlcPlayerQml::format(char *chroma, unsigned *width, unsigned *height,
     return 1;
 }
 
-void VxVlcPlayerQml::cleanup()
+// On the decoder's thread, before the texture is deleted; on the main thread for a decoder that has
+// been left to itself.
+void VxVlcPlayerQml::forgetPicture()
 {
     setTextureId(0);
-    m_target.drop();
     m_fpsCounter = 0;
     if (m_fps.exchange(0) != 0)
         Q_EMIT fpsChanged();
 }
 
-void VxVlcPlayerQml::lock(void **planes)
-{
-    m_target.makeCurrent();
-    const std::array<void *, 3> memory = m_target.map();
-    for (int plane = 0; plane < m_target.frame()->layout().planeCount(); ++plane)
-        planes[plane] = memory[plane];
-}
-
-void VxVlcPlayerQml::display()
+void VxVlcPlayerQml::display(DecoderTarget &target)
 {
     ++m_displays;
     // A hidden window's picture stays in the frame's memory, for the next one to be written over.
     if (m_seen) {
-        m_target.makeCurrent();
-        m_target.commit();
-        updateTexture();
-        m_target.flush();
+        target.makeCurrent();
+        target.commit();
+        updateTexture(target);
+        target.flush();
         if (m_displays > kSkippedDisplays)
             Q_EMIT frameDisplayed();
     }
@@ -250,9 +245,9 @@ void VxVlcPlayerQml::display()
 }
 
 // On the decoder's thread, its context current.
-void VxVlcPlayerQml::updateTexture()
+void VxVlcPlayerQml::updateTexture(DecoderTarget &target)
 {
-    const GLuint texture = m_target.draw();
+    const GLuint texture = target.draw();
     if (m_displays <= kSkippedDisplays)
         return;
     if (m_textureId == 0)

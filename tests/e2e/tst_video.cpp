@@ -5,6 +5,7 @@
 #include "tests/e2e/PlayerProcess.h"
 #include "tests/video/Clips.h"
 
+#include <QTcpServer>
 #include <QtTest>
 
 #include <csignal>
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void savesTheSourcesResolution();
     void endsAtEveryMoment_data();
     void endsAtEveryMoment();
+    void endsInSpiteOfASilentServer();
 
 private:
     /// A clip that stands still, whose picture is `input` to ffmpeg.
@@ -254,6 +256,25 @@ void TestVideo::endsAtEveryMoment()
     else
         player.terminate(SIGTERM);
     QCOMPARE(player.waitForEnd(), 0);
+    QCOMPARE(player.noise(), QString());
+}
+
+// libvlc waits 5 seconds for its first word, which nothing interrupts.
+void TestVideo::endsInSpiteOfASilentServer()
+{
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    PlayerStart start;
+    start.arguments = QStringList{QString("rtsp://127.0.0.1:%1/a").arg(server.serverPort())};
+    PlayerProcess player(start);
+    QVERIFY(server.waitForNewConnection(PlayerProcess::kPatienceMs));
+    QVERIFY(player.window() != 0);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    player.terminate(SIGTERM);
+    QVERIFY(player.waitForLog("video: left a player"));
+    QCOMPARE(player.waitForEnd(), 0);
+    QVERIFY2(elapsed.elapsed() < 3000, qPrintable(QString::number(elapsed.elapsed())));
     QCOMPARE(player.noise(), QString());
 }
 

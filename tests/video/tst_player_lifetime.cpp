@@ -6,6 +6,7 @@
 #include "tests/video/PlayerFixture.h"
 
 #include <QFile>
+#include <QThread>
 
 #include <malloc.h>
 
@@ -51,6 +52,7 @@ private Q_SLOTS:
     void atEveryMoment();
     void decoderThatWaitsForItsSurface_data();
     void decoderThatWaitsForItsSurface();
+    void decoderThatDoesNotStop();
     void pausedAndAtTheEnd();
     void seekStorm();
     void windowClosesDuringPlayback();
@@ -157,6 +159,35 @@ void TestPlayerLifetime::decoderThatWaitsForItsSurface()
     delete fixture.player;
     fixture.player = nullptr;
     QVERIFY(elapsed.elapsed() < kPatienceMs);
+}
+
+// It is held up, here by a receiver of its picture, for longer than a stop waits for it. The item
+// goes on with a new one.
+void TestPlayerLifetime::decoderThatDoesNotStop()
+{
+    PlayerFixture fixture;
+    for (const char *action : {"stop and play", "open again", "destroy"}) {
+        std::atomic<bool> held{false};
+        const auto holdUp = connect(
+            fixture.player, &VxVlcPlayerQml::frameDisplayed, this,
+            [&held] {
+                held = true;
+                QThread::msleep(500);
+            },
+            Qt::DirectConnection);
+        fixture.open(clip());
+        QTRY_VERIFY(held);
+        perform(QString::fromLatin1(action), fixture);
+        disconnect(holdUp);
+        QCOMPARE(fixture.player->textureId(), 0);
+        fixture.forget();
+        if (action == QLatin1String("destroy"))
+            fixture.open(clip());
+        QVERIFY(fixture.waitForFrames(2));
+        QCOMPARE(fixture.lastFrame().size(), QSize(320, 160));
+        QCOMPARE(fixture.errors, QStringList());
+        QVERIFY(!fixture.states.contains(VxVlcPlayerQml::Stopped));
+    }
 }
 
 void TestPlayerLifetime::pausedAndAtTheEnd()

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// A player of libvlc with what its threads use. They may outlive the item that plays: one that
+// waits for a lost server cannot be interrupted, and the main thread must not wait for it.
+
+#include "video/DecoderTarget.h"
+
+#include <atomic>
+#include <memory>
+#include <shared_mutex>
+
+class DecoderRoot;
+class VxVlcPlayerQml;
+struct libvlc_instance_t;
+struct libvlc_media_player_t;
+
+/// The opaque object of all callbacks of the player. They reach the item by an ItemLock only.
+class VlcSession
+{
+public:
+    /// The session's item, which stays as long as the lock; null when it has left. Callbacks take
+    /// it for what they do with the item, and never while they wait.
+    class ItemLock
+    {
+    public:
+        explicit ItemLock(VlcSession *session)
+            : m_lock(session->m_itemMutex)
+            , m_item(session->m_item)
+        { }
+
+        VxVlcPlayerQml *operator->() const { return m_item; }
+
+        explicit operator bool() const { return m_item != nullptr; }
+
+    private:
+        std::shared_lock<std::shared_mutex> m_lock;
+        VxVlcPlayerQml *m_item;
+    };
+
+    VlcSession(VxVlcPlayerQml *item, std::shared_ptr<DecoderRoot> root,
+               libvlc_instance_t *instance);
+    /// Stops and releases the player; for as long as its threads take.
+    ~VlcSession();
+    VlcSession(const VlcSession &) = delete;
+    VlcSession &operator=(const VlcSession &) = delete;
+
+    /// Null when libvlc had none to give.
+    libvlc_media_player_t *player() const { return m_player; }
+
+    /// Of the decoder's thread.
+    DecoderTarget &target() { return m_target; }
+
+    /// Returns when libvlc's threads for the medium have ended; one that waits for its surface
+    /// gives up at once. On any thread, one at a time.
+    void stop();
+
+    /// While stop() runs: further pictures are not wanted. On any thread.
+    bool isStopping() const { return m_stopping; }
+
+    /// From its return on nothing reaches the item any more: no picture and no event. Main thread
+    /// only.
+    void leaveItem();
+    /// For a player that does not stop: leaves the item, unheard. Its output may pass the volume on
+    /// to the next one, which must set its own. Main thread only.
+    void abandon();
+    /// True while a player that was abandoned just now still holds the memory of its pictures. One
+    /// that decodes ends soon; for one that waits for its data there is no use in waiting. Main
+    /// thread only.
+    static bool isMemoryHeld();
+
+    /// Waits for the surfaces of the root. False when the player is being stopped. On the
+    /// decoder's thread.
+    bool waitForSurfaces();
+    /// Makes a context of the calling thread current, the decoder's; after waitForSurfaces().
+    bool makeTargetCurrent();
+
+private:
+    const std::shared_ptr<DecoderRoot> m_root;
+    libvlc_media_player_t *const m_player;
+    DecoderTarget m_target;
+    QOffscreenSurface *m_surface = nullptr; // of the root
+    std::atomic<bool> m_stopping{false};
+    std::atomic<bool> m_holdsMemory{false}; // of pictures
+    bool m_counts = false; // among the abandoned that hold memory
+    std::shared_mutex m_itemMutex; // shared by whoever uses the item
+    VxVlcPlayerQml *m_item;
+};
