@@ -232,14 +232,14 @@ void VxVlcPlayerQml::forgetPicture()
 void VxVlcPlayerQml::display(DecoderTarget &target)
 {
     ++m_displays;
-    // A hidden window's picture stays in the frame's memory, for the next one to be written over.
-    if (m_seen) {
+    // A skipped picture, and that of a hidden window, stays in the frame's memory, for the next one
+    // to be written over.
+    if (m_seen && m_displays > kSkippedDisplays) {
         target.makeCurrent();
         target.commit();
         updateTexture(target);
         target.flush();
-        if (m_displays > kSkippedDisplays)
-            Q_EMIT frameDisplayed();
+        Q_EMIT frameDisplayed();
     }
     computeFps();
 }
@@ -248,8 +248,6 @@ void VxVlcPlayerQml::display(DecoderTarget &target)
 void VxVlcPlayerQml::updateTexture(DecoderTarget &target)
 {
     const GLuint texture = target.draw();
-    if (m_displays <= kSkippedDisplays)
-        return;
     if (m_textureId == 0)
         qCDebug(lcTiming) << "video: first picture";
     setTextureId(static_cast<int>(texture));
