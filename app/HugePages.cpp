@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Large pages for large textures on software OpenGL. Its driver takes the memory of a texture from
-// posix_memalign(), and the kernel clears it page by page as the picture is copied in, which is most
-// of the time of an upload; a panorama that is seen whole then misses the translation of addresses
-// at every other texel. As the program's own symbol, this function comes before the C library's.
+// posix_memalign(), and the kernel clears it page by page as the picture is copied in, which is
+// most of the time of an upload; a panorama that is seen whole then misses the translation of
+// addresses at every other texel. As the program's own symbol, this function comes before the C
+// library's.
+
+#include <malloc.h>
+#include <sys/mman.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
-
-#include <malloc.h>
-#include <sys/mman.h>
 
 extern "C" int posix_memalign(void **memory, std::size_t alignment, std::size_t size) noexcept
 {

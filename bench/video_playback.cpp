@@ -7,6 +7,7 @@
 //   window                      libvlc's own output in a window of 1280x720
 //   upload                      one frame's way into the texture against a plain upload
 #include "settings/VxVlcOptions.h"
+#include "video/BoundedWait.h"
 #include "video/VideoFrameBuffers.h"
 #include "video/VxVlcPlayerQml.h"
 #include "video/YuvConverter.h"
@@ -324,8 +325,12 @@ int main(int argc, char *argv[])
     VxVlcOptions::setInstance(&options);
     if (way.startsWith(QLatin1String("floor-")))
         return playFloor(path, way.endsWith(QLatin1String("planes")), options);
-    if (way.startsWith(QLatin1String("player-")))
-        return playItem(path);
+    if (way.startsWith(QLatin1String("player-"))) {
+        const int result = playItem(path);
+        // A player that takes its time to stop uses the application object.
+        waitForLateWork(std::chrono::seconds(20));
+        return result;
+    }
     if (way == QLatin1String("window"))
         return playWindow(path, options);
     if (way == QLatin1String("upload"))

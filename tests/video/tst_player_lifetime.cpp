@@ -4,6 +4,7 @@
 #include "settings/VxVlcOptions.h"
 #include "tests/video/Clips.h"
 #include "tests/video/PlayerFixture.h"
+#include "tests/video/PlayerTestMain.h"
 
 #include <QFile>
 #include <QThread>
@@ -330,5 +331,5 @@ void TestPlayerLifetime::memoryOfManyOpenings()
 #endif
 }
 
-QTEST_MAIN(TestPlayerLifetime)
+PLAYER_TEST_MAIN(TestPlayerLifetime)
 #include "tst_player_lifetime.moc"

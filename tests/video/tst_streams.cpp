@@ -5,6 +5,7 @@
 #include "settings/VxVlcOptions.h"
 #include "tests/video/Clips.h"
 #include "tests/video/PlayerFixture.h"
+#include "tests/video/PlayerTestMain.h"
 #include "tests/video/StreamServer.h"
 #include "video/BoundedWait.h"
 
@@ -276,5 +277,5 @@ void TestStreams::nobodyAnswers()
     }
 }
 
-QTEST_MAIN(TestStreams)
+PLAYER_TEST_MAIN(TestStreams)
 #include "tst_streams.moc"

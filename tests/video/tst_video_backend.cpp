@@ -5,6 +5,7 @@
 #include "settings/VxSettingsManager.h"
 #include "settings/VxVlcOptions.h"
 #include "tests/video/Clips.h"
+#include "tests/video/PlayerTestMain.h"
 #include "video/VxVideoPlugin.h"
 
 #include <QQmlContext>
@@ -335,5 +336,5 @@ void TestVideoBackend::qtBackend()
     QTRY_COMPARE(value("playbackState").toInt(), PlayingState);
 }
 
-QTEST_MAIN(TestVideoBackend)
+PLAYER_TEST_MAIN(TestVideoBackend)
 #include "tst_video_backend.moc"

@@ -4,6 +4,7 @@
 #include "settings/VxVlcOptions.h"
 #include "tests/video/Clips.h"
 #include "tests/video/PlayerFixture.h"
+#include "tests/video/PlayerTestMain.h"
 #include "tests/video/YuvReference.h"
 
 #include <functional>
@@ -356,5 +357,5 @@ void TestVlcPlayer::seekPastTheEnd()
     QCOMPARE(m_fixture->errors, QStringList());
 }
 
-QTEST_MAIN(TestVlcPlayer)
+PLAYER_TEST_MAIN(TestVlcPlayer)
 #include "tst_vlc_player.moc"
