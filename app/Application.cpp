@@ -15,6 +15,7 @@
 #include "settings/VxSettings.h"
 #include "settings/VxSettingsKeys.h"
 #include "settings/VxVlcOptions.h"
+#include "video/BoundedWait.h"
 #include "video/VxVideoPlugin.h"
 
 #include <QDir>
@@ -33,6 +34,10 @@ Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
 
 const QString kAdobePlugin = QStringLiteral("adobeplugin");
 const QString kFiles = QStringLiteral("files");
+
+// For players that were stopped and have not ended. The window is gone, but who waits for the
+// program should not notice.
+constexpr std::chrono::milliseconds kPlayerPatience(500);
 
 } // namespace
 
@@ -217,12 +222,16 @@ bool Application::event(QEvent *event)
     return QApplication::event(event);
 }
 
-void Application::teardown()
+bool Application::teardown()
 {
     VxVlcOptions::instance()->save(m_settings->store());
     // What follows may hang on a decoder that waits for a dead disk; what the user has set must not
     // be lost with it. It is written once more at the end, with what the objects leave behind.
     m_settings->save();
+    m_view->hide();
+    // They share contexts with the scene, and the last of these must not be theirs.
+    if (!waitForLateWork(kPlayerPatience))
+        return false;
     // Its players have stopped: the controller has seen to that.
     delete m_videoPlugin;
     m_videoPlugin = nullptr;
@@ -244,4 +253,5 @@ void Application::teardown()
     m_settings->save();
     delete m_settings;
     m_settings = nullptr;
+    return waitForLateWork(kPlayerPatience);
 }

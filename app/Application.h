@@ -31,7 +31,9 @@ public:
     /// null.
     void init(const QString &startDirectory, std::unique_ptr<PicturePrefetch> prefetch);
     /// Deletes everything and writes the settings.
-    void teardown();
+    /// False when players that were left to themselves do not end: they use what is still there,
+    /// and the process must end without destructors.
+    bool teardown();
 
     VxSettings *settings() const override { return m_settings; }
 

@@ -12,20 +12,31 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace {
+
+constexpr std::uintptr_t kHugePage = 2U << 20U;
+constexpr std::size_t kMapped = 8U << 20U; // from here on each block has pages of its own
+
+} // namespace
+
 extern "C" int posix_memalign(void **memory, std::size_t alignment, std::size_t size) noexcept
 {
     if (alignment % sizeof(void *) != 0 || (alignment & (alignment - 1)) != 0 || alignment == 0)
         return EINVAL;
+    const int error = errno; // stays as it is, whatever happens
     void *block = memalign(alignment, size);
-    if (!block)
-        return ENOMEM;
-    constexpr std::uintptr_t kHugePage = 2U << 20U;
-    const auto begin = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) / kHugePage;
-    const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / kHugePage;
-    // A kernel without large pages says no, and all is as before.
-    if (end > begin)
+    // Smaller blocks come from a heap that keeps its pages, and what was asked for them, for
+    // others.
+    if (block && size >= kMapped) {
+        const auto begin = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) / kHugePage;
+        const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / kHugePage;
+        // A kernel without large pages says no, and all is as before.
         madvise(reinterpret_cast<void *>(begin * kHugePage), (end - begin) * kHugePage,
                 MADV_HUGEPAGE);
+    }
+    errno = error;
+    if (!block)
+        return ENOMEM;
     *memory = block;
     return 0;
 }

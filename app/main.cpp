@@ -7,12 +7,12 @@
 #include "app/Platform.h"
 #include "app/VxGlobalObject.h"
 #include "settings/VxVlcOptions.h"
-#include "video/BoundedWait.h"
 
 #include <QDir>
 #include <QLoggingCategory>
 #include <QProcess>
 #include <QThread>
+#include <QThreadPool>
 
 #include <unistd.h>
 
@@ -28,10 +28,6 @@ Q_LOGGING_CATEGORY(lcApp, "tavro.app")
 
 // Longer than any decoder of a healthy disk takes for one picture.
 constexpr std::chrono::seconds kEndPatience(10);
-
-// For players that were stopped and have not ended. The window is gone, but who waits for the
-// program should not notice.
-constexpr std::chrono::milliseconds kPlayerPatience(500);
 
 QStringList textsOf(int argc, char **argv)
 {
@@ -85,10 +81,12 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
     };
     QObject::connect(application.globalObject(), &VxGlobalObject::ending, beginEnd);
     beginEnd(Application::exec());
-    application.teardown();
+    const bool ended = application.teardown();
     VxVlcOptions::setInstance(nullptr);
-    if (!waitForLateWork(kPlayerPatience)) {
-        // It uses what the application object and the libraries would take away at their end.
+    if (!ended) {
+        // A snapshot that is being written, which the application object would wait for.
+        QThreadPool::globalInstance()->waitForDone();
+        guard.reset(); // it would start the program anew as well
         relaunch(outcome, startDirectory);
         _exit(outcome.exitCode);
     }

@@ -110,9 +110,10 @@ constexpr char kArcTangent[] =
     "t *= 0.99997726 + s * (-0.33262347 + s * (0.19354346 + s * (-0.11643287"
     " + s * (0.05265332 + s * -0.0117212))));";
 
-// Longitude, counted from minus z, and the angle from plus y. The arc cosine is a root and a series
-// that leaves less than 1e-7 out.
-QByteArray equirectangularTwin(const QByteArray &fraction)
+// Longitude, counted from minus z, and the angle from plus y of a ray of any length. The arc cosine
+// is a root and a series that leaves less than 1e-7 out; the root would make much of a ray that is
+// not quite of unit length.
+QByteArray equirectangularTwin()
 {
     return QByteArray("vec2 q = abs(pt.xz);"
                       "float t = min(q.x, q.y) / max(max(q.x, q.y), 1e-20);")
@@ -120,9 +121,7 @@ QByteArray equirectangularTwin(const QByteArray &fraction)
         + "t = q.x > q.y ? halfpi - t : t;"
           "t = pt.z > 0.0 ? pi - t : t;"
           "t = pt.x < 0.0 ? -t : t;"
-          "float y = min(abs(pt.y)"
-        + fraction
-        + ", 1.0);"
+          "float y = min(abs(pt.y) * inversesqrt(dot(pt, pt)), 1.0);"
           "float v = sqrt(1.0 - y) * (1.570796305 + y * (-0.2145988016 + y * (0.0889789874"
           " + y * (-0.0501743046 + y * (0.030891881 + y * (-0.0170881256"
           " + y * (0.0066700901 + y * -0.0012624911)))))));"
@@ -134,13 +133,15 @@ QByteArray equirectangularTwin(const QByteArray &fraction)
 // angle.
 QByteArray fisheyeCircleTwin()
 {
-    return QByteArray("float r = sqrt(dot(pt.xz, pt.xz));"
+    return QByteArray("float r = max(sqrt(dot(pt.xz, pt.xz)), 1e-20);"
                       "float y = abs(pt.y);"
-                      "float t = min(r, y) / max(r, y);")
+                      "float m = max(r, y);"
+                      "float inv = 1.0 / (r * m);" // serves both quotients
+                      "float t = min(r, y) * r * inv;")
         + kArcTangent
         + "t = r > y ? halfpi - t : t;"
           "t = pt.y < 0.0 ? pi - t : t;"
-          "vec2 uv = pt.zx * (t * (1.0 / (pi*1.33)) / max(r, 1e-20)) + 0.5;";
+          "vec2 uv = pt.zx * (t * m * inv * (1.0 / (pi*1.33))) + 0.5;";
 }
 
 // What the rejection lets through lies in 0 to 1, up to a rounding, or is not a number, and only
@@ -156,16 +157,6 @@ bool fillsView(const QByteArray &fragment)
             || fragment.contains(ShaderFragments::kSourceCubemap))
         && !fragment.contains(ShaderFragments::kRayFisheye)
         && !fragment.contains(ShaderFragments::kOverlayPlane);
-}
-
-// What makes a coordinate of the ray one of its direction; nothing for rays of unit length.
-QByteArray fractionOfLength(const QByteArray &fragment)
-{
-    if (fragment.contains(ShaderFragments::kRayRectilinear))
-        return " * inversesqrt(dot(pt, pt))";
-    if (fragment.contains(ShaderFragments::kRayLittlePlanet))
-        return " / (d + 1.5625)";
-    return {};
 }
 
 } // namespace
@@ -224,8 +215,7 @@ ShaderTexts ShaderSpecialiser::streamline(const ShaderTexts &texts, bool fullSph
                      fullSphere && fillsView(fragment) ? "" : kRejectTwin);
     fragment.replace(ShaderFragments::kBorderGuard, kBorderGuardTwin);
     fragment.replace(ShaderFragments::kSourceFisheyeCircle, fisheyeCircleTwin());
-    fragment.replace(ShaderFragments::kSourceEquirectangular,
-                     equirectangularTwin(fractionOfLength(fragment)));
+    fragment.replace(ShaderFragments::kSourceEquirectangular, equirectangularTwin());
 
     const QByteArray texCoordDeclaration = "varying highp vec4 texCoord;";
     const QByteArray texCoordAssignment = "   texCoord = texture;\n";

@@ -252,10 +252,9 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
 
     // The painter's clip, which is as small as the rectangle that was asked for.
     gl->glDisable(GL_SCISSOR_TEST);
-    if (!hasTexture || !m_panoramaProgram || !paintsEachPixel()) {
-        gl->glClearColor(kBackground, kBackground, kBackground, 1);
+    gl->glClearColor(kBackground, kBackground, kBackground, 1);
+    if (!hasTexture || !m_panoramaProgram || !paintsEachPixel())
         gl->glClear(GL_COLOR_BUFFER_BIT);
-    }
     if (!hasTexture || !m_panoramaProgram)
         return;
 

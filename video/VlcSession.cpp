@@ -55,7 +55,6 @@ void VlcSession::leaveItem()
 void VlcSession::abandon()
 {
     leaveItem();
-    libvlc_audio_set_volume(m_player, 0);
     if (!m_holdsMemory)
         return;
     m_counts = true;

@@ -61,8 +61,8 @@ public:
     /// From its return on nothing reaches the item any more: no picture and no event. Main thread
     /// only.
     void leaveItem();
-    /// For a player that does not stop: leaves the item, unheard. Its output may pass the volume on
-    /// to the next one, which must set its own. Main thread only.
+    /// For a player that does not stop: leaves the item. What its output holds may still be heard:
+    /// a sound server would keep a volume of 0 for other players. Main thread only.
     void abandon();
     /// True while a player that was abandoned just now still holds the memory of its pictures. One
     /// that decodes ends soon; for one that waits for its data there is no use in waiting. Main
