@@ -318,7 +318,7 @@ void TestVideoBackend::volumeStaysTheUsers()
     }
 }
 
-// Qt's multimedia plays what its plug-ins can; where there are none it must say so.
+// Qt's multimedia plays what its plug-ins can; the set-up installs those for the clip.
 void TestVideoBackend::qtBackend()
 {
     load(QStringLiteral("gstreamermediaplayer"));
@@ -328,8 +328,8 @@ void TestVideoBackend::qtBackend()
     QTRY_VERIFY_WITH_TIMEOUT(value("playerStatus").toInt() == Buffered
                                  || !value("errorString").toString().isEmpty(),
                              10000);
-    if (value("playerStatus").toInt() != Buffered)
-        QSKIP(qPrintable(value("errorString").toString()));
+    QVERIFY2(value("playerStatus").toInt() == Buffered,
+             qPrintable(value("errorString").toString()));
     QTRY_VERIFY(value("duration").toInt() > 1000);
     QTRY_COMPARE_WITH_TIMEOUT(value("playerStatus").toInt(), EndOfMedia, 10000);
     call("restart");
