@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "video/VlcSession.h"
 
-#include "video/DecoderRoot.h"
-
 #include <QElapsedTimer>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QThread>
 
 #include <vlc/vlc.h>
 
-#include <mutex>
 #include <utility>
 
 namespace {
@@ -19,10 +19,16 @@ QElapsedTimer g_lastAbandoned; // of them
 
 } // namespace
 
-VlcSession::VlcSession(VxVlcPlayerQml *item, std::shared_ptr<DecoderRoot> root,
-                       libvlc_instance_t *instance)
-    : m_root(std::move(root))
-    , m_player(libvlc_media_player_new(instance))
+void VlcSession::SurfaceDeleter::operator()(QOffscreenSurface *surface) const
+{
+    if (surface->thread() == QThread::currentThread())
+        delete surface;
+    else
+        surface->deleteLater();
+}
+
+VlcSession::VlcSession(VxVlcPlayerQml *item, libvlc_instance_t *instance)
+    : m_player(libvlc_media_player_new(instance))
     , m_item(item)
 { }
 
@@ -38,8 +44,12 @@ VlcSession::~VlcSession()
 
 void VlcSession::stop()
 {
-    m_stopping = true;
-    m_root->wakeWaiting();
+    {
+        // The decoder's thread may be between asking and waiting.
+        const std::lock_guard locker(m_surfaceMutex);
+        m_stopping = true;
+    }
+    m_surfaceMade.notify_all();
     libvlc_media_player_stop(m_player);
     m_target.deleteContext();
     m_holdsMemory = false;
@@ -67,16 +77,30 @@ bool VlcSession::isMemoryHeld()
     return g_holding > 0 && !g_lastAbandoned.hasExpired(kSoonMs);
 }
 
-bool VlcSession::waitForSurfaces()
+void VlcSession::makeSurface(std::shared_ptr<QOpenGLContext> root)
 {
-    m_root->waitForSurfaces([this] { return m_stopping.load(); });
+    if (m_surface)
+        return;
+    auto *surface = new QOffscreenSurface;
+    surface->setFormat(root->format());
+    surface->create();
+    {
+        const std::lock_guard locker(m_surfaceMutex);
+        m_root = std::move(root);
+        m_surface.reset(surface);
+    }
+    m_surfaceMade.notify_all();
+}
+
+bool VlcSession::waitForSurface()
+{
+    std::unique_lock locker(m_surfaceMutex);
+    m_surfaceMade.wait(locker, [this] { return m_surface || m_stopping; });
     return !m_stopping;
 }
 
 bool VlcSession::makeTargetCurrent()
 {
-    if (!m_target.belongsToCurrentThread())
-        m_surface = m_root->nextSurface();
     m_holdsMemory = true;
-    return m_target.makeCurrent(m_root->context(), m_surface);
+    return m_target.makeCurrent(m_root.get(), m_surface.get());
 }

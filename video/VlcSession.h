@@ -7,10 +7,13 @@
 #include "video/DecoderTarget.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <shared_mutex>
 
-class DecoderRoot;
+class QOffscreenSurface;
+class QOpenGLContext;
 class VxVlcPlayerQml;
 struct libvlc_instance_t;
 struct libvlc_media_player_t;
@@ -38,8 +41,7 @@ public:
         VxVlcPlayerQml *m_item;
     };
 
-    VlcSession(VxVlcPlayerQml *item, std::shared_ptr<DecoderRoot> root,
-               libvlc_instance_t *instance);
+    VlcSession(VxVlcPlayerQml *item, libvlc_instance_t *instance);
     /// Stops and releases the player; for as long as its threads take.
     ~VlcSession();
     VlcSession(const VlcSession &) = delete;
@@ -69,17 +71,26 @@ public:
     /// thread only.
     static bool isMemoryHeld();
 
-    /// Waits for the surfaces of the root. False when the player is being stopped. On the
-    /// decoder's thread.
-    bool waitForSurfaces();
-    /// Makes a context of the calling thread current, the decoder's; after waitForSurfaces().
+    /// Makes what the decoder's context is current on, once; that context will share with \a root.
+    /// On the main thread, as surfaces have to be.
+    void makeSurface(std::shared_ptr<QOpenGLContext> root);
+    /// Waits for the surface. False when the player is being stopped. On the decoder's thread.
+    bool waitForSurface();
+    /// Makes a context of the calling thread current, the decoder's; after waitForSurface().
     bool makeTargetCurrent();
 
 private:
-    const std::shared_ptr<DecoderRoot> m_root;
+    struct SurfaceDeleter // on the thread that has made it
+    {
+        void operator()(QOffscreenSurface *surface) const;
+    };
+
     libvlc_media_player_t *const m_player;
+    std::mutex m_surfaceMutex; // guards the making of what follows
+    std::condition_variable m_surfaceMade;
+    std::shared_ptr<QOpenGLContext> m_root;
+    std::unique_ptr<QOffscreenSurface, SurfaceDeleter> m_surface;
     DecoderTarget m_target;
-    QOffscreenSurface *m_surface = nullptr; // of the root
     std::atomic<bool> m_stopping{false};
     std::atomic<bool> m_holdsMemory{false}; // of pictures
     bool m_counts = false; // among the abandoned that hold memory

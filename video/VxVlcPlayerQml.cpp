@@ -4,7 +4,6 @@
 
 #include "settings/VxVlcOptions.h"
 #include "video/BoundedWait.h"
-#include "video/DecoderRoot.h"
 #include "video/Texture.h"
 #include "video/VlcInstance.h"
 #include "video/VlcSession.h"
@@ -48,7 +47,6 @@ int toInt(qint64 milliseconds)
 
 VxVlcPlayerQml::VxVlcPlayerQml(QQuickItem *parent)
     : QQuickPaintedItem(parent)
-    , m_root(std::make_shared<DecoderRoot>())
 {
     // The base class keeps a picture of this size; the item's own may be that of an 8K frame.
     setTextureSize(QSize(1, 1));
@@ -167,11 +165,11 @@ void VxVlcPlayerQml::openFile(const QUrl &url)
         return;
     qCDebug(lcTiming) << "video: opening" << url;
     m_source = url;
-    initVlcPlayerInstance();
     // The old medium's output would otherwise stay until the new one has a picture, go on showing
     // its last one, and pass it off as the new medium's.
     stop();
     desinitVlcMediaInstance();
+    initVlcPlayerInstance();
     initVlcMediaInstance();
     if (player() && m_media) {
         libvlc_media_player_set_media(player(), m_media);
@@ -198,6 +196,8 @@ void VxVlcPlayerQml::startPlaying()
     m_errorTold = false;
     m_durationTold = 0;
     m_displays = 0;
+    m_pausePending = false;
+    m_seekPending = -1;
     m_volumePending = m_volumePercent >= 0;
     m_rest.stop();
     playWhenThereIsRoom();
@@ -210,6 +210,8 @@ void VxVlcPlayerQml::playWhenThereIsRoom()
         return;
     }
     libvlc_media_player_play(player());
+    if (m_seekPending >= 0)
+        libvlc_media_player_set_time(player(), m_seekPending);
     // libvlc forgets the delay with each medium.
     const VxVlcOptions *options = VxVlcOptions::instance();
     if (options && options->audioDelay != 0)
@@ -218,14 +220,21 @@ void VxVlcPlayerQml::playWhenThereIsRoom()
 
 void VxVlcPlayerQml::pause()
 {
-    if (player())
-        libvlc_media_player_set_pause(player(), 1);
+    if (!player())
+        return;
+    // libvlc pauses nothing that does not play yet.
+    const libvlc_state_t state = libvlc_media_player_get_state(player());
+    m_pausePending = m_beginning.isActive() || state == libvlc_Opening;
+    libvlc_media_player_set_pause(player(), 1);
 }
 
 void VxVlcPlayerQml::play()
 {
-    if (!player() || !m_media)
+    m_pausePending = false;
+    if (!player() || !m_media) {
+        restart();
         return;
+    }
     switch (libvlc_media_player_get_state(player())) {
     case libvlc_Ended:
     case libvlc_Error:
@@ -234,7 +243,8 @@ void VxVlcPlayerQml::play()
         break;
     case libvlc_NothingSpecial:
     case libvlc_Stopped:
-        startPlaying();
+        if (!m_beginning.isActive())
+            startPlaying();
         break;
     default:
         libvlc_media_player_play(player());
@@ -268,10 +278,6 @@ void VxVlcPlayerQml::stop()
         QMetaObject::invokeMethod(
             this, [this, generation] { handleState(generation, Stopped, {}); },
             Qt::QueuedConnection);
-        initVlcPlayerInstance();
-        initVlcMediaInstance();
-        if (m_session && m_media)
-            libvlc_media_player_set_media(player(), m_media);
     }
     m_rest.start();
 }
@@ -311,7 +317,10 @@ void VxVlcPlayerQml::seek(int offset)
 {
     if (!player())
         return;
-    libvlc_media_player_set_time(player(), offset);
+    if (m_beginning.isActive())
+        m_seekPending = offset;
+    else
+        libvlc_media_player_set_time(player(), offset);
     // Only a medium that plays reports its time.
     if (!libvlc_media_player_is_playing(player()))
         Q_EMIT positionChanged(offset);
@@ -331,10 +340,11 @@ void VxVlcPlayerQml::initVlcPlayerInstance()
     libvlc_instance_t *instance = vlcInstance();
     if (!instance)
         return;
-    auto session = std::make_shared<VlcSession>(this, m_root, instance);
+    auto session = std::make_shared<VlcSession>(this, instance);
     if (!session->player())
         return;
     m_session = std::move(session);
+    initFakeSurfaces();
     if (m_volumePercent >= 0)
         libvlc_audio_set_volume(player(), m_volumePercent);
     libvlc_event_manager_t *events = libvlc_media_player_event_manager(player());
@@ -401,8 +411,11 @@ void VxVlcPlayerQml::handleState(int generation, int state, const QString &error
     }
     if (state == Error)
         handleError(generation, error);
-    if (state == Playing)
+    if (state == Playing) {
         applyVolume();
+        if (m_pausePending)
+            pause();
+    }
     m_state = state;
     Q_EMIT vlcStateChanged(state);
 }
@@ -481,5 +494,6 @@ void VxVlcPlayerQml::resizeToFrame()
 
 void VxVlcPlayerQml::initFakeSurfaces()
 {
-    m_root->makeSurfaces();
+    if (m_session && m_root)
+        m_session->makeSurface(m_root);
 }

@@ -15,8 +15,8 @@
 #include <memory>
 #include <mutex>
 
-class DecoderRoot;
 class DecoderTarget;
+class QOpenGLContext;
 class VlcSession;
 struct libvlc_event_t;
 struct libvlc_media_player_t;
@@ -185,6 +185,9 @@ private:
     VideoTrack readTracks(libvlc_media_t *media);
     VideoTrack trackForFormat(unsigned width, unsigned height);
 
+    // On the rendering thread, once.
+    bool makeRoot();
+
     void watchWindow(QQuickWindow *itemWindow);
 
     // On the main thread, in the order in which libvlc reported.
@@ -210,10 +213,14 @@ private:
     int m_state = Idle; // as last reported
     bool m_errorTold = false;
     int m_durationTold = 0;
-    const std::shared_ptr<DecoderRoot> m_root;
-    std::shared_ptr<VlcSession> m_session; // null before the first opening
+    // Shares with the scene graph's context, and the decoders' with it. Null until the first visit
+    // of the rendering thread.
+    std::shared_ptr<QOpenGLContext> m_root;
+    std::shared_ptr<VlcSession> m_session; // null before the first opening, and after a hung one
     libvlc_media_t *m_media = nullptr; // changed under m_mutex
     QTimer m_beginning; // while an abandoned player still holds the memory that the next needs
+    bool m_pausePending = false; // asked for before the player can
+    int m_seekPending = -1; // the same, in milliseconds; -1: none
     QTimer m_rest; // until free memory is given back
     QMetaObject::Connection m_visibility; // of the item's window
 

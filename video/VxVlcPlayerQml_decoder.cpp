@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The half that runs on other threads: the scene graph's, where the contexts begin to share, and
 // libvlc's, on which pictures and events arrive. Nothing here waits for the main thread but
-// waitForSurfaces(), which ends when the main thread is about to wait for libvlc.
-#include "video/DecoderRoot.h"
+// waitForSurface(), which ends when the main thread is about to wait for libvlc.
 #include "video/Texture.h"
 #include "video/VideoFrameBuffers.h"
 #include "video/VlcSession.h"
@@ -10,6 +9,7 @@
 
 #include <QDateTime>
 #include <QLoggingCategory>
+#include <QOpenGLContext>
 
 #include <vlc/vlc.h>
 
@@ -36,7 +36,7 @@ VlcSession *sessionOf(void *opaque)
 // On the rendering thread, the main thread waiting.
 QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 {
-    if (m_root->makeContext()) {
+    if (makeRoot()) {
         m_transfer = Texture(false).transfer();
         QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces, Qt::QueuedConnection);
         Q_EMIT textureTransferChanged();
@@ -44,11 +44,25 @@ QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *dat
     return QQuickPaintedItem::updatePaintNode(node, data);
 }
 
+bool VxVlcPlayerQml::makeRoot()
+{
+    QOpenGLContext *current = QOpenGLContext::currentContext();
+    if (m_root || !current)
+        return false;
+    auto root = std::make_shared<QOpenGLContext>();
+    root->setFormat(current->format());
+    root->setShareContext(current);
+    if (!root->create())
+        return false;
+    m_root = std::move(root);
+    return true;
+}
+
 unsigned VxVlcPlayerQml::onFormat(void **opaque, char *chroma, unsigned *width, unsigned *height,
                                   unsigned *pitches, unsigned *lines)
 {
     VlcSession *session = sessionOf(*opaque);
-    if (!session->waitForSurfaces())
+    if (!session->waitForSurface())
         return 0;
     const VlcSession::ItemLock item(session);
     return item ? item->format(session, chroma, width, height, pitches, lines) : 0;

@@ -54,6 +54,7 @@ private Q_SLOTS:
     void decoderThatWaitsForItsSurface_data();
     void decoderThatWaitsForItsSurface();
     void decoderThatDoesNotStop();
+    void commandsBeforeThePlayerBegins();
     void pausedAndAtTheEnd();
     void seekStorm();
     void windowClosesDuringPlayback();
@@ -189,6 +190,34 @@ void TestPlayerLifetime::decoderThatDoesNotStop()
         QCOMPARE(fixture.errors, QStringList());
         QVERIFY(!fixture.states.contains(VxVlcPlayerQml::Stopped));
     }
+}
+
+// While the held player has its memory the next one waits, and what is asked of it is not lost.
+void TestPlayerLifetime::commandsBeforeThePlayerBegins()
+{
+    PlayerFixture fixture;
+    std::atomic<bool> held{false};
+    const auto holdUp = connect(
+        fixture.player, &VxVlcPlayerQml::frameDisplayed, this,
+        [&held] {
+            held = true;
+            QThread::msleep(500);
+        },
+        Qt::DirectConnection);
+    fixture.open(clip());
+    QTRY_VERIFY(held);
+    fixture.open(clip());
+    disconnect(holdUp);
+    fixture.player->seek(1500);
+    fixture.player->pause();
+    QCOMPARE(fixture.positions, QVector<int>{1500});
+    QVERIFY(fixture.waitForState(VxVlcPlayerQml::Paused));
+    QVERIFY(fixture.positions.last() >= 1400);
+    fixture.states.clear();
+    fixture.player->play();
+    QVERIFY(fixture.waitForState(VxVlcPlayerQml::Playing));
+    QVERIFY(fixture.waitForFrames(2));
+    QCOMPARE(fixture.errors, QStringList());
 }
 
 void TestPlayerLifetime::pausedAndAtTheEnd()
