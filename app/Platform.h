@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// What the window system's plug-in of Qt must know before the application object exists.
+// What Qt must know of the window before the application object exists.
 
 namespace Platform {
 

@@ -6,6 +6,7 @@
 #include "devices/VxHmdUIManager.h"
 #include "render/FastBlur.h"
 #include "render/FramePacer.h"
+#include "render/RowCopy.h"
 #include "render/SceneStirrer.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
@@ -207,7 +208,11 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
                          || (m_sinceTurn.isValid() && !m_sinceTurn.hasExpired(kTurnMs)));
     if (!kept) {
         m_frameKept = false;
+        if (!node || m_state.itemSize != m_painted.itemSize
+            || m_state.pixelRatio != m_painted.pixelRatio)
+            m_newFramebuffer = true;
         m_node = QQuickPaintedItem::updatePaintNode(node, data);
+        RowCopy::prepareNode(m_node);
         return m_node;
     }
     // The base class would clear the framebuffer before it lets us paint. A scene without any
@@ -250,6 +255,9 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     if (hasTexture && (m_shaderDirty || m_assumptions != m_state.uniforms.assumptions()))
         createShaders();
 
+    if (m_newFramebuffer)
+        RowCopy::prepareFramebuffer(gl);
+    m_newFramebuffer = false;
     // The painter's clip, which is as small as the rectangle that was asked for.
     gl->glDisable(GL_SCISSOR_TEST);
     gl->glClearColor(kBackground, kBackground, kBackground, 1);

@@ -127,6 +127,7 @@ private:
     FrameState m_state; // of the frame that is being painted
     FrameState m_painted; // of the frame that the framebuffer holds
     QElapsedTimer m_sinceTurn; // since the camera's last move
+    bool m_newFramebuffer = false; // since the last frame that was painted
     bool m_frameKept = false; // the framebuffer holds a finished frame of m_painted
     bool m_firstFrameAnnounced = false;
 
