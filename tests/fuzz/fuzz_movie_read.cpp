@@ -2,7 +2,7 @@
 // Any bytes as a movie atom: read, and asked everything that a file reader can be asked.
 
 #include "movparser/src/atom_moov.h"
-#include "tests/fuzz/fuzz_input.h"
+#include "tests/movparser/box.h"
 
 using namespace Tavro::MovParserLib;
 
@@ -42,11 +42,9 @@ void askTrack(const TrackAtom &track)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    if (size == 0)
-        return 0;
-    FuzzInput input(data, size);
+    ExactBuffer input(data, size);
     MovieAtom movie;
-    if (movie.Read(input.buffer()) != MovAtom::ERROR_OKAY)
+    if (movie.Read(*input) != MovAtom::ERROR_OKAY)
         return 0;
     for (const TrackAtom &track : movie.tracks)
         askTrack(track);

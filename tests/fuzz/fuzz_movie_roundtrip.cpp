@@ -4,7 +4,7 @@
 #include "movparser/src/atom_moov.h"
 #include "movparser/src/sound_sample_description.h"
 #include "movparser/src/video_sample_description.h"
-#include "tests/fuzz/fuzz_input.h"
+#include "tests/movparser/box.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -25,6 +25,19 @@ bool staysAsItIs(const std::string &text)
                        [](char c) { return static_cast<unsigned char>(c) < 0x80 && c != '<'; });
 }
 
+template <class Description, class Act> void forEachDescription(MovieAtom *movie, Act &&act)
+{
+    for (TrackAtom &track : movie->tracks) {
+        const SampleDescriptionAtom *descriptions = track.SampleDescriptions();
+        if (!descriptions)
+            continue;
+        for (const auto &entry : descriptions->entries) {
+            if (auto *description = dynamic_cast<Description *>(entry.get()))
+                act(*description);
+        }
+    }
+}
+
 /// Takes out what is known not to come back, each by a rule of its own.
 void removeOneWayData(MovieAtom *movie)
 {
@@ -39,34 +52,24 @@ void removeOneWayData(MovieAtom *movie)
             track.spherical->StitchingSoftware.clear();
         if (track.spherical && !staysAsItIs(track.spherical->StereoMode))
             track.spherical->StereoMode = "mono";
-        const SampleDescriptionAtom *descriptions = track.SampleDescriptions();
-        if (!descriptions)
-            continue;
-        for (const auto &entry : descriptions->entries) {
-            auto *sound = dynamic_cast<SoundSampleDescription *>(entry.get());
-            if (sound && sound->spatialAudio && sound->spatialAudio->ambisonic_order > 20)
-                sound->spatialAudio.reset(); // refused, or more channels than there is memory
-        }
     }
+    forEachDescription<SoundSampleDescription>(movie, [](SoundSampleDescription &sound) {
+        if (sound.spatialAudio && sound.spatialAudio->ambisonic_order > 20)
+            sound.spatialAudio.reset(); // refused, or more channels than there is memory
+    });
 }
 
 /// What the first writing changes by rules of its own, and the second does not.
 void removeWhatWritingSettles(MovieAtom *movie)
 {
-    for (TrackAtom &track : movie->tracks) {
-        const SampleDescriptionAtom *descriptions = track.SampleDescriptions();
-        if (!descriptions)
-            continue;
-        for (const auto &entry : descriptions->entries) {
-            auto *sound = dynamic_cast<SoundSampleDescription *>(entry.get());
-            if (sound && sound->spatialAudio && sound->spatialAudio->ambisonic_order != 0)
-                sound->spatialAudio.reset(); // has as many channels as its order says
-            auto *video = dynamic_cast<VideoSampleDescription *>(entry.get());
-            if (video && video->avcc) // of several parameter sets the first is kept
-                video->avcc->numOfSequenceParameterSets = video->avcc->numOfPictureParameterSets =
-                    0;
-        }
-    }
+    forEachDescription<SoundSampleDescription>(movie, [](SoundSampleDescription &sound) {
+        if (sound.spatialAudio && sound.spatialAudio->ambisonic_order != 0)
+            sound.spatialAudio.reset(); // has as many channels as its order says
+    });
+    forEachDescription<VideoSampleDescription>(movie, [](VideoSampleDescription &video) {
+        if (video.avcc) // of several parameter sets the first is kept
+            video.avcc->numOfSequenceParameterSets = video.avcc->numOfPictureParameterSets = 0;
+    });
 }
 
 std::string printed(const MovieAtom &movie)
@@ -107,11 +110,9 @@ void requireSame(const std::string &before, const std::string &after, const char
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    if (size == 0)
-        return 0;
-    FuzzInput input(data, size);
+    ExactBuffer input(data, size);
     MovieAtom movie;
-    if (movie.Read(input.buffer()) != MovAtom::ERROR_OKAY)
+    if (movie.Read(*input) != MovAtom::ERROR_OKAY)
         return 0;
     removeOneWayData(&movie);
     const std::string asRead = printedWithoutSizes(movie);

@@ -2,7 +2,7 @@
 // Any bytes as a sample of H.264: the first one says in which format, the others are split.
 
 #include "movparser/src/sample_pool_buffer.h"
-#include "tests/fuzz/fuzz_input.h"
+#include "tests/movparser/box.h"
 
 #include <cstdlib>
 #include <stdexcept>
@@ -13,8 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     if (size < 2)
         return 0;
-    FuzzInput<SamplePoolBuffer> input(data + 1, size - 1);
-    SamplePoolBuffer &pool = input.buffer();
+    ExactBuffer<SamplePoolBuffer> input(data + 1, size - 1);
+    SamplePoolBuffer &pool = *input;
     pool.format = static_cast<SamplePoolBuffer::Format>(data[0] % 3);
     const size_t count = pool.Parse();
     if (count != pool.GetPieceCount() || pool.GetPiece(count))

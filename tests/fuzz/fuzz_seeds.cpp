@@ -25,23 +25,22 @@ Seeds movieSeeds()
             {"bare", bytesOf(bare)}};
 }
 
-/// A delimiter, a parameter set and a picture, twice, in the format that the first byte names.
+/// A delimiter, a parameter set and a picture, twice, in the format that the first byte names or
+/// leaves to be detected.
 Seeds sampleSeeds()
 {
     const std::vector<std::vector<uint8_t>> units = {
         {9, 0xf0}, {0x67, 1, 2}, {0x65, 3, 4, 5}, {9, 0xf0}, {0x41, 6, 7}};
-    std::vector<uint8_t> codes = {1};
-    std::vector<uint8_t> lengths = {2};
-    for (const auto &unit : units) {
-        codes.insert(codes.end(), {0, 0, 0, 1});
-        lengths.insert(lengths.end(), {0, 0, 0, static_cast<uint8_t>(unit.size())});
-        codes.insert(codes.end(), unit.begin(), unit.end());
-        lengths.insert(lengths.end(), unit.begin(), unit.end());
+    Seeds seeds;
+    for (const uint8_t format : {0, 1, 2}) {
+        std::vector<uint8_t> sample = {format};
+        for (const auto &unit : units) {
+            const bool codes = format != 2;
+            sample.insert(sample.end(), {0, 0, 0, codes ? uint8_t(1) : uint8_t(unit.size())});
+            sample.insert(sample.end(), unit.begin(), unit.end());
+        }
+        seeds[std::to_string(format)] = sample;
     }
-    Seeds seeds = {{"codes", codes}, {"lengths", lengths}};
-    codes.front() = lengths.front() = 0;
-    seeds["codes_to_detect"] = codes;
-    seeds["lengths_to_detect"] = lengths;
     return seeds;
 }
 } // namespace

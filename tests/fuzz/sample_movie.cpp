@@ -36,13 +36,11 @@ template <class Information> SampleTableAtom &addSamples(TrackAtom *track, uint3
     SampleTableAtom &table = information.sampleTable.Ensure();
     table.handlerType = handlerType;
     table.sampleDescriptions.mediaType = handlerType;
-    for (const uint32_t bytes : {100U, 200U, 300U})
-        static_cast<void>(table.sampleSizes.AddSample(bytes));
-    static_cast<void>(table.sampleToChunk.AddEntry(1, 2, 1));
-    static_cast<void>(table.sampleToChunk.AddEntry(2, 1, 1));
-    static_cast<void>(table.chunkOffsets.AddChunk(48));
-    static_cast<void>(table.chunkOffsets.AddChunk(5000));
-    static_cast<void>(table.timeToSample.Ensure().AddEntry(3, 1001));
+    table.sampleSizes.sampleCount = 3;
+    table.sampleSizes.sizes = {100, 200, 300};
+    table.sampleToChunk.entries = {{1, 2, 1}, {2, 1, 1}};
+    table.chunkOffsets.offsets = {48, 5000};
+    table.timeToSample.Ensure().entries = {{3, 1001}};
     return table;
 }
 

@@ -8,9 +8,11 @@
 
 #include <QtCore/QByteArray>
 
+#include <algorithm>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 
 class Box
 {
@@ -20,28 +22,25 @@ public:
         : m_type(type)
     { }
 
-    /// Version 0 and flags 0 in front of the payload.
-    static Box full(const QByteArray &type) { return Box(type).u32(0); }
-
-    /// The same with the numbers of a test.
-    static Box full(const QByteArray &type, uint8_t version, uint32_t flags)
+    /// With version and flags in front of the payload.
+    static Box full(const QByteArray &type, uint32_t version = 0, uint32_t flags = 0)
     {
-        return Box(type).u32(uint32_t(version) << 24 | flags);
+        return Box(type).u32(version << 24 | flags);
     }
 
-    Box &&u8(uint64_t value) && { return std::move(number(value, 1)); }
+    Box &&u8(uint64_t value) && { return std::move(*this).raw(encode(value, 1)); }
 
-    Box &&u16(uint64_t value) && { return std::move(number(value, 2)); }
+    Box &&u16(uint64_t value) && { return std::move(*this).raw(encode(value, 2)); }
 
-    Box &&u32(uint64_t value) && { return std::move(number(value, 4)); }
+    Box &&u32(uint64_t value) && { return std::move(*this).raw(encode(value, 4)); }
 
-    Box &&u64(uint64_t value) && { return std::move(number(value, 8)); }
+    Box &&u64(uint64_t value) && { return std::move(*this).raw(encode(value, 8)); }
 
     /// Numbers of 16 bits, one behind the other.
     Box &&shorts(std::initializer_list<uint16_t> values) &&
     {
         for (const uint16_t value : values)
-            number(value, 2);
+            m_payload += encode(value, 2);
         return std::move(*this);
     }
 
@@ -49,7 +48,7 @@ public:
     Box &&words(std::initializer_list<uint32_t> values) &&
     {
         for (const uint32_t value : values)
-            number(value, 4);
+            m_payload += encode(value, 4);
         return std::move(*this);
     }
 
@@ -67,39 +66,30 @@ public:
     Box &&zeros(int count) && { return std::move(*this).raw(QByteArray(count, '\0')); }
 
     /// Declares this size instead of the true one.
-    Box &&claims(uint32_t size) &&
+    Box &&claims(uint64_t size) &&
     {
         m_claimed = size;
-        m_lies = true;
         return std::move(*this);
     }
 
-    /// Writes a 64-bit size: the true one, or this.
+    /// Writes a 64-bit size.
     Box &&wide() &&
     {
         m_wide = true;
         return std::move(*this);
     }
 
-    Box &&claimsWide(uint64_t size) &&
-    {
-        m_claimed = size;
-        m_lies = true;
-        return std::move(*this).wide();
-    }
+    Box &&claimsWide(uint64_t size) && { return std::move(*this).claims(size).wide(); }
 
     const QByteArray &type() const { return m_type; }
 
     QByteArray bytes() const
     {
-        const int preamble = m_wide ? 16 : 8;
-        const uint64_t size = m_lies ? m_claimed : uint64_t(preamble + m_payload.size());
-        QByteArray all = encode(m_wide ? 1 : size, 4);
-        all.append(m_type);
+        const uint64_t size = m_claimed.value_or(uint64_t(m_payload.size()) + (m_wide ? 16 : 8));
+        QByteArray all = encode(m_wide ? 1 : size, 4).append(m_type);
         if (m_wide)
             all.append(encode(size, 8));
-        all.append(m_payload);
-        return all;
+        return all.append(m_payload);
     }
 
     static QByteArray encode(uint64_t value, int width)
@@ -111,39 +101,33 @@ public:
     }
 
 private:
-    Box &number(uint64_t value, int width)
-    {
-        m_payload += encode(value, width);
-        return *this;
-    }
-
     QByteArray m_type;
     QByteArray m_payload;
-    uint64_t m_claimed = 0;
-    bool m_lies = false;
+    std::optional<uint64_t> m_claimed;
     bool m_wide = false;
 };
 
 /// A buffer over a copy of bytes whose block ends where they end, so that the address sanitizer
 /// sees a read behind them.
-class ExactBuffer
+template <class Buffer = Tavro::MovParserLib::FileBuffer> class ExactBuffer
 {
 public:
-    explicit ExactBuffer(const QByteArray &bytes)
-        : m_block(new uint8_t[bytes.isEmpty() ? 1 : size_t(bytes.size())])
+    ExactBuffer(const void *bytes, size_t size)
+        : m_block(new uint8_t[std::max<size_t>(size, 1)])
     {
-        std::memcpy(m_block.get(), bytes.constData(), size_t(bytes.size()));
-        static_cast<void>(
-            m_buffer.Alloc(size_t(bytes.isEmpty() ? 1 : bytes.size()), m_block.get()));
-        if (bytes.isEmpty()) {
-            m_buffer.SetLogicalSize(0);
-            m_buffer.SetBytesLeft(0);
-        }
+        std::memcpy(m_block.get(), bytes, size);
+        static_cast<void>(m_buffer.Alloc(std::max<size_t>(size, 1), m_block.get()));
+        m_buffer.SetLogicalSize(size);
+        m_buffer.SetBytesLeft(size);
     }
 
-    Tavro::MovParserLib::FileBuffer &operator*() { return m_buffer; }
+    explicit ExactBuffer(const QByteArray &bytes)
+        : ExactBuffer(bytes.constData(), size_t(bytes.size()))
+    { }
 
-    Tavro::MovParserLib::FileBuffer *operator->() { return &m_buffer; }
+    Buffer &operator*() { return m_buffer; }
+
+    Buffer *operator->() { return &m_buffer; }
 
     QByteArray bytes() const
     {
@@ -154,5 +138,5 @@ public:
 
 private:
     std::unique_ptr<uint8_t[]> m_block;
-    Tavro::MovParserLib::FileBuffer m_buffer;
+    Buffer m_buffer;
 };

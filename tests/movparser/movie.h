@@ -7,6 +7,7 @@
 #include "box.h"
 
 #include <QtCore/QList>
+#include <QtCore/QTemporaryFile>
 
 struct TestTrack
 {
@@ -19,79 +20,80 @@ struct TestTrack
     QList<Box> descriptionChildren = {}; ///< Of the video sample description.
     QList<Box> children = {}; ///< Of the track, behind the mandatory ones.
     /// A `stsz` or `stsd` among them stands in for the usual one.
-    QList<Box> tables = {Box::full("stts").u32(1).u32(25).u32(1),
-                         Box::full("stsc").u32(1).u32(1).u32(25).u32(1),
-                         Box::full("stco").u32(1).u32(4096)};
+    QList<Box> tables = {Box::full("stts").words({1, 25, 1}),
+                         Box::full("stsc").words({1, 1, 25, 1}),
+                         Box::full("stco").words({1, 4096})};
 
-    Box box() const
-    {
-        Box trak = Box("trak").child(header()).child(media());
-        for (const Box &child : children)
-            trak = std::move(trak).child(child);
-        return trak;
-    }
+    Box box() const { return with(Box("trak").child(header()).child(media()), children); }
 
-    Box header() const { return Box::full("tkhd").u64(0).u32(id).u32(0).u32(duration).zeros(60); }
+    Box header() const { return Box::full("tkhd").u64(0).words({id, 0, duration}).zeros(60); }
 
     Box media() const
     {
         return Box("mdia")
-            .child(Box::full("mdhd").u64(0).u32(timeScale).u32(duration).u32(0))
+            .child(Box::full("mdhd").u64(0).words({timeScale, duration, 0}))
             .child(Box::full("hdlr").u32(0).raw(handler).zeros(12).raw(name).u8(0))
             .child(Box("minf").child(sampleTable()));
     }
 
     Box sampleTable() const
     {
-        Box stbl = Box("stbl");
+        QList<Box> all;
         if (!hasOwn("stsd"))
-            stbl = std::move(stbl).child(descriptions());
+            all.append(descriptions());
         if (!hasOwn("stsz"))
-            stbl = std::move(stbl).child(Box::full("stsz").u32(100).u32(samples));
-        for (const Box &table : tables)
-            stbl = std::move(stbl).child(table);
-        return stbl;
+            all.append(Box::full("stsz").words({100, samples}));
+        return with(Box("stbl"), all + tables);
     }
 
     bool hasOwn(const QByteArray &type) const
     {
-        for (const Box &table : tables) {
-            if (table.type() == type)
-                return true;
-        }
-        return false;
+        return std::any_of(tables.cbegin(), tables.cend(),
+                           [&type](const Box &table) { return table.type() == type; });
     }
 
     Box descriptions() const
     {
         if (handler != "vide")
             return Box::full("stsd").u32(0);
-        Box entry = Box("avc1").zeros(6).u16(1).zeros(16).u16(3840).u16(1920).zeros(46).u32(0);
-        for (const Box &child : descriptionChildren)
-            entry = std::move(entry).child(child);
-        return Box::full("stsd").u32(1).child(entry);
+        const Box entry =
+            Box("avc1").zeros(6).u16(1).zeros(16).shorts({3840, 1920}).zeros(46).u32(0);
+        return Box::full("stsd").u32(1).child(with(entry, descriptionChildren));
+    }
+
+    static Box with(Box parent, const QList<Box> &children)
+    {
+        for (const Box &child : children)
+            parent = std::move(parent).child(child);
+        return parent;
     }
 };
 
-inline Box movieHeader()
-{
-    return Box::full("mvhd").u64(0).u32(600).u32(600).zeros(80);
-}
-
 inline Box movie(const QList<TestTrack> &tracks = {TestTrack()}, const QList<Box> &children = {})
 {
-    Box moov = Box("moov").child(movieHeader());
+    Box moov = Box("moov").child(Box::full("mvhd").u64(0).words({600, 600}).zeros(80));
     for (const TestTrack &track : tracks)
         moov = std::move(moov).child(track.box());
-    for (const Box &child : children)
-        moov = std::move(moov).child(child);
-    return moov;
+    return TestTrack::with(moov, children);
 }
 
 inline QByteArray movieFile(const Box &moov)
 {
-    QByteArray bytes = Box("ftyp").raw("isom").u32(0).bytes();
-    bytes.append(moov.bytes());
     // Reads are told by whole blocks: what follows must not decide a test.
+    QByteArray bytes = Box("ftyp").raw("isom").u32(0).bytes().append(moov.bytes());
     return bytes.append(Box("mdat").zeros(1024).bytes());
 }
+
+/// A file of these bytes while the object lives; who has opened it can read on afterwards.
+class FileOf : public QTemporaryFile
+{
+public:
+    explicit FileOf(const QByteArray &bytes)
+    {
+        if (!open() || write(bytes) != bytes.size())
+            qFatal("no temporary file");
+        close();
+    }
+
+    operator QString() const { return fileName(); }
+};

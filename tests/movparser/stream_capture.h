@@ -14,18 +14,16 @@ class StreamCapture
 public:
     explicit StreamCapture(FILE *stream = stderr)
         : m_stream(stream)
+        , m_saved(dup(fileno(stream)))
     {
         if (!m_file.open())
             qFatal("no temporary file");
-        std::fflush(m_stream);
-        m_saved = dup(fileno(m_stream));
-        dup2(m_file.handle(), fileno(m_stream));
+        redirect(m_file.handle());
     }
 
     ~StreamCapture()
     {
-        std::fflush(m_stream);
-        dup2(m_saved, fileno(m_stream));
+        redirect(m_saved);
         ::close(m_saved);
     }
 
@@ -40,7 +38,13 @@ public:
     }
 
 private:
+    void redirect(int to)
+    {
+        std::fflush(m_stream);
+        dup2(to, fileno(m_stream));
+    }
+
     FILE *m_stream;
     QTemporaryFile m_file;
-    int m_saved = -1;
+    int m_saved;
 };
