@@ -25,65 +25,61 @@ struct AtomRow
     };
 
     using Atom = Tavro::MovParserLib::MovAtom;
+    using Pointer = std::unique_ptr<Atom>;
 
     const char *name = nullptr;
     QByteArray expected; ///< What makeFilled() is written as.
     int traits = None;
-    std::function<std::unique_ptr<Atom>()> make; ///< As constructed.
-    std::function<std::unique_ptr<Atom>()> makeFilled;
-    std::function<std::unique_ptr<Atom>(const Atom &)> copy; ///< By the copy constructor.
-    std::function<void(Atom &, const Atom &)> assign;
+    std::function<Pointer()> make; ///< As constructed.
+    std::function<Pointer()> makeFilled;
+    /// What was constructed from an atom and what it was assigned to, when the atom itself is gone.
+    std::function<std::pair<Pointer, Pointer>(Pointer)> copies;
 
-    bool has(Trait trait) const { return (traits & trait) != 0; }
+    bool has(int trait) const { return (traits & trait) != 0; }
 };
 
-using AtomRows = std::vector<AtomRow>;
-
 /// Reads what a test starts from.
-inline void readInto(AtomRow::Atom &atom, const QByteArray &bytes)
+inline void readInto(AtomRow::Atom &atom, const Box &box)
 {
-    ExactBuffer buffer(bytes);
+    ExactBuffer buffer(box.bytes());
     if (atom.Read(*buffer) != AtomRow::Atom::ERROR_OKAY)
         qFatal("the atom to start from cannot be read");
 }
 
-/// For what the code itself makes: `fill(T &)` sets an atom's fields. `prepare(T &)` is what an
-/// owner sets before reading.
-template <class T, class Fill>
-void addMadeRow(AtomRows *rows, const char *name, Fill fill, const Box &expected,
-                int traits = AtomRow::None, std::function<void(T &)> prepare = nullptr)
+class AtomRows : public std::vector<AtomRow>
 {
-    using Atom = AtomRow::Atom;
-    AtomRow row{name, expected.bytes(), traits, {}, {}, {}, {}};
-    const auto make = [prepare] {
-        auto atom = std::make_unique<T>();
-        if (prepare)
-            prepare(*atom);
-        return atom;
-    };
-    row.make = make;
-    row.makeFilled = [make, fill]() -> std::unique_ptr<Atom> {
-        auto atom = make();
-        fill(*atom);
-        return atom;
-    };
-    row.copy = [](const Atom &atom) -> std::unique_ptr<Atom> {
-        return std::make_unique<T>(static_cast<const T &>(atom));
-    };
-    row.assign = [](Atom &to, const Atom &from) {
-        static_cast<T &>(to) = static_cast<const T &>(from);
-    };
-    rows->push_back(row);
-}
+public:
+    /// For what comes from files.
+    template <class T> void add(const char *name, const Box &box, int traits = AtomRow::None)
+    {
+        addMade<T>(
+            name, [box](T &atom) { readInto(atom, box); }, box, traits);
+    }
 
-/// For what comes from files.
-template <class T>
-void addRow(AtomRows *rows, const char *name, const Box &box, int traits = AtomRow::None,
-            std::function<void(T &)> prepare = nullptr)
-{
-    const auto read = [bytes = box.bytes()](T &atom) { readInto(atom, bytes); };
-    addMadeRow<T>(rows, name, read, box, traits, prepare);
-}
+    /// For what the code itself makes: `fill(T &)` sets an atom's fields.
+    template <class T, class Fill>
+    void addMade(const char *name, Fill fill, const Box &expected, int traits = AtomRow::None)
+    {
+        const auto make = [] { return std::make_unique<T>(); };
+        const auto makeFilled = [make, fill] {
+            auto atom = make();
+            fill(*atom);
+            return atom;
+        };
+        const auto copies = [make](AtomRow::Pointer original) {
+            auto &source = static_cast<T &>(*original);
+            auto copy = std::make_unique<T>(source);
+            auto assigned = make();
+            *assigned = source;
+            const T &itself = *assigned;
+            *assigned = itself;
+            source = *make();
+            return std::pair<AtomRow::Pointer, AtomRow::Pointer>(std::move(copy),
+                                                                 std::move(assigned));
+        };
+        push_back({name, expected.bytes(), traits, make, makeFilled, copies});
+    }
+};
 
 // One function for each family of atoms.
 void addStructureRows(AtomRows *rows);

@@ -23,50 +23,32 @@ const Box kText = Box("text")
                       .zeros(3)
                       .shorts({12, 13, 14});
 
-void setKind(SampleDescriptionAtom &atom, uint32_t kind)
+/// A table whose kind its owner has set.
+template <uint32_t kind> struct TableOf : SampleDescriptionAtom
 {
-    atom.mediaType = kind;
-}
+    TableOf() { mediaType = kind; }
+
+    using SampleDescriptionAtom::operator=;
+};
 
 Box table(const Box &onlyEntry)
 {
     return Box::full("stsd").u32(1).child(onlyEntry);
 }
 
-/// A table whose kind its owner has set.
-void addTableRow(AtomRows *rows, const char *name, uint32_t kind, const Box &onlyEntry)
-{
-    addRow<SampleDescriptionAtom>(rows, name, table(onlyEntry), AtomRow::None,
-                                  [kind](SampleDescriptionAtom &atom) { setKind(atom, kind); });
-}
-
-template <class Fill>
-void addMadeTableRow(AtomRows *rows, const char *name, uint32_t kind, Fill fill,
-                     const Box &onlyEntry)
-{
-    addMadeRow<SampleDescriptionAtom>(rows, name, fill, table(onlyEntry), AtomRow::None,
-                                      [kind](SampleDescriptionAtom &atom) { setKind(atom, kind); });
-}
-
 void addLeafRows(AtomRows *rows)
 {
     constexpr int kStops = AtomRow::StopsBehindFields;
-    addRow<PixelAspectAtom>(rows, "pasp", Box("pasp").words({4, 3}), kStops);
-    addRow<ColorAtom>(rows, "colr nclc", Box("colr").raw("nclc").shorts({9, 16, 8}), kStops);
-    addRow<ColorAtom>(rows, "colr nclx with one byte more",
-                      Box("colr").raw("nclx").shorts({1, 1, 1}).u8(0x80), kStops);
-    addRow<FieldsAtom>(rows, "fiel", Box("fiel").u8(2).u8(9), kStops);
-    addRow<AVCCAtom>(rows, "avcC", kAvcc);
-    addRow<HVCCAtom>(rows, "hvcC", kHvcc);
-    addMadeRow<EsdsAtom>(
-        rows, "esds",
-        [](EsdsAtom &atom) {
-            atom.ES_Descriptor.esId = 7;
-            atom.SetAudio(48000, 6);
-        },
-        kEsds);
-    addMadeRow<EsdsAtom>(
-        rows, "esds with a rate in clear and every optional field",
+    rows->add<PixelAspectAtom>("pasp", Box("pasp").words({4, 3}), kStops);
+    rows->add<ColorAtom>("colr nclc", Box("colr").raw("nclc").shorts({9, 16, 8}), kStops);
+    rows->add<ColorAtom>("colr nclx with one byte more",
+                         Box("colr").raw("nclx").shorts({1, 1, 1}).u8(0x80), kStops);
+    rows->add<FieldsAtom>("fiel", Box("fiel").u8(2).u8(9), kStops);
+    rows->add<AVCCAtom>("avcC", kAvcc);
+    rows->add<HVCCAtom>("hvcC", kHvcc);
+    rows->add<EsdsAtom>("esds", kEsds);
+    rows->addMade<EsdsAtom>(
+        "esds with a rate in clear and every optional field",
         [](EsdsAtom &atom) {
             atom.ES_Descriptor.streamDependenceFlag = true;
             atom.ES_Descriptor.dependsOnEsId = 1;
@@ -80,83 +62,82 @@ void addLeafRows(AtomRows *rows)
         },
         Box::full("esds").hex("038080802b0000e3000101750002 04808080174017002000"
                               "0003e8000000000005808080051780181c90068080800102"));
-    addMadeRow<EsdsAtom>(
-        rows, "esds whose channels are told elsewhere",
-        [](EsdsAtom &atom) { atom.SetAudio(48000, 9); },
+    rows->addMade<EsdsAtom>(
+        "esds whose channels are told elsewhere", [](EsdsAtom &atom) { atom.SetAudio(48000, 9); },
         Box::full("esds").hex("0380808022000000 04808080144015002000"
                               "0003e80000000000058080800211800680808001 02"));
-    addRow<NameAtom>(rows, "name", Box("name").shorts({4, 5}).raw("reel"));
-    addRow<FormatAtom>(rows, "frma", Box("frma").raw("sowt"));
-    addRow<EndianAtom>(rows, "enda", Box("enda").u16(1));
-    addRow<GenericSoundCompressionAtom>(rows, "settings of a sound codec", Box("chan").u32(7),
-                                        AtomRow::FillsAtom | AtomRow::AnyType);
-    addRow<WaveAtom>(rows, "wave",
-                     Box("wave")
-                         .child(Box("frma").raw("mp4a"))
-                         .child(Box("enda").u16(1))
-                         .child(Box(QByteArray(4, '\0'))));
+    rows->add<NameAtom>("name", Box("name").shorts({4, 5}).raw("reel"));
+    rows->add<FormatAtom>("frma", Box("frma").raw("sowt"));
+    rows->add<EndianAtom>("enda", Box("enda").u16(1));
+    rows->add<GenericSoundCompressionAtom>("settings of a sound codec", Box("chan").u32(7),
+                                           AtomRow::FillsAtom | AtomRow::AnyType);
+    rows->add<WaveAtom>("wave",
+                        Box("wave")
+                            .child(Box("frma").raw("mp4a"))
+                            .child(Box("enda").u16(1))
+                            .child(Box(QByteArray(4, '\0'))));
 }
 
 void addEntryRows(AtomRows *rows)
 {
-    addMadeTableRow(
-        rows, "stsd of video with every child", FourCC("vide"),
-        [](SampleDescriptionAtom &atom) {
+    rows->addMade<TableOf<FourCC("vide")>>(
+        "stsd of video with every child",
+        [](auto &atom) {
             static_cast<void>(atom.AddVideoDescription(FourCC("avc1"), 3840, 1920));
             auto &video = static_cast<VideoSampleDescription &>(*atom.entries.front());
             video.color.Ensure();
             video.fields.Ensure();
             video.pixelAspect.Ensure();
-            readInto(video.avcc.Ensure(), kAvcc.bytes());
-            readInto(video.hvcc.Ensure(), kHvcc.bytes());
+            readInto(video.avcc.Ensure(), kAvcc);
+            readInto(video.hvcc.Ensure(), kHvcc);
             video.stereo.Ensure().SetStereoMode(2);
             static_cast<void>(video.spherical.Ensure().SetMetadataSource("x"));
         },
-        Box("avc1")
-            .hex("000000000000 0001 00000000 20202020 00000000 000003FF")
-            .shorts({3840, 1920})
-            .words({0x480000, 0x480000, 0})
-            .u16(1)
-            .zeros(32)
-            .shorts({24, 0xFFFF})
-            .child(Box("colr").raw("nclc").shorts({1, 1, 1}))
-            .child(Box("fiel").u8(1).u8(0))
-            .child(Box("pasp").words({1, 1}))
-            .child(kAvcc)
-            .child(kHvcc)
-            .child(Box::full("st3d").u8(1))
-            .child(Box("sv3d")
-                       .child(Box::full("svhd").raw("x").u8(0))
-                       .child(Box("proj").child(Box::full("prhd").zeros(12)))));
-    addMadeTableRow(
-        rows, "stsd of uncompressed sound", FourCC("soun"),
-        [](SampleDescriptionAtom &atom) {
-            static_cast<void>(atom.AddSoundDescription(FourCC("in24"), 2, 48000));
-        },
-        Box("in24")
-            .hex("000000000000 0001 0002 0000 00000000 0002 0018 0000 0000 BB800000")
-            .words({72, 0x40E77000, 0, 2, 0x7F000000, 24, 0, 6, 1})
-            .child(Box("wave").child(Box("frma").raw("in24")).child(Box(QByteArray(4, '\0')))));
-    addMadeTableRow(
-        rows, "stsd of compressed sound", FourCC("soun"),
-        [](SampleDescriptionAtom &atom) {
+        table(Box("avc1")
+                  .hex("000000000000 0001 00000000 20202020 00000000 000003FF")
+                  .shorts({3840, 1920})
+                  .words({0x480000, 0x480000, 0})
+                  .u16(1)
+                  .zeros(32)
+                  .shorts({24, 0xFFFF})
+                  .child(Box("colr").raw("nclc").shorts({1, 1, 1}))
+                  .child(Box("fiel").u8(1).u8(0))
+                  .child(Box("pasp").words({1, 1}))
+                  .child(kAvcc)
+                  .child(kHvcc)
+                  .child(Box::full("st3d").u8(1))
+                  .child(Box("sv3d")
+                             .child(Box::full("svhd").raw("x").u8(0))
+                             .child(Box("proj").child(Box::full("prhd").zeros(12))))));
+    rows->addMade<TableOf<FourCC("soun")>>(
+        "stsd of uncompressed sound",
+        [](auto &atom) { static_cast<void>(atom.AddSoundDescription(FourCC("in24"), 2, 48000)); },
+        table(Box("in24")
+                  .hex("000000000000 0001 0002 0000 00000000 0002 0018 0000 0000 BB800000")
+                  .words({72, 0x40E77000, 0, 2, 0x7F000000, 24, 0, 6, 1})
+                  .child(
+                      Box("wave").child(Box("frma").raw("in24")).child(Box(QByteArray(4, '\0'))))));
+    rows->addMade<TableOf<FourCC("soun")>>(
+        "stsd of compressed sound",
+        [](auto &atom) {
             static_cast<void>(atom.AddSoundDescription(FourCC("mp4a"), 6, 48000));
             auto &sound = static_cast<SoundSampleDescription &>(*atom.entries.front());
             sound.version = 1;
             sound.esds->ES_Descriptor.esId = 7;
             sound.spatialAudio.Ensure().ambisonic_order = 1;
         },
-        Box("mp4a")
-            .hex("000000000000 0001 0001 0000 00000000 0006 0010 FFFE 0000 BB800000")
-            .words({0, 0, 12, 2})
-            .child(kEsds)
-            .child(Box("SA3D").hex("0000 00000001 0000 00000004").words({0, 1, 2, 3})));
-    addTableRow(rows, "stsd of time code", FourCC("tmcd"),
-                Box(kTimeCode).child(Box("name").shorts({2, 0}).raw("A1")));
-    addTableRow(rows, "stsd of text", FourCC("text"), Box(kText).u8(4).raw("Sans"));
-    addTableRow(rows, "stsd of time code without a name", FourCC("tmcd"), kTimeCode);
-    addTableRow(rows, "stsd of text without a name", FourCC("text"), kText);
-    addTableRow(rows, "stsd of telemetry", FourCC("meta"), Box("tvmd").zeros(6).u16(1).u32(5));
+        table(Box("mp4a")
+                  .hex("000000000000 0001 0001 0000 00000000 0006 0010 FFFE 0000 BB800000")
+                  .words({0, 0, 12, 2})
+                  .child(kEsds)
+                  .child(Box("SA3D").hex("0000 00000001 0000 00000004").words({0, 1, 2, 3}))));
+    rows->add<TableOf<FourCC("tmcd")>>(
+        "stsd of time code", table(Box(kTimeCode).child(Box("name").shorts({2, 0}).raw("A1"))));
+    rows->add<TableOf<FourCC("text")>>("stsd of text", table(Box(kText).u8(4).raw("Sans")));
+    rows->add<TableOf<FourCC("tmcd")>>("stsd of time code without a name", table(kTimeCode));
+    rows->add<TableOf<FourCC("text")>>("stsd of text without a name", table(kText));
+    rows->add<TableOf<FourCC("meta")>>("stsd of telemetry",
+                                       table(Box("tvmd").zeros(6).u16(1).u32(5)));
 }
 
 } // namespace

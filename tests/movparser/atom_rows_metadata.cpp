@@ -29,34 +29,34 @@ const Box kCubeProjection =
 
 void addSphericalRows(AtomRows *rows)
 {
-    addRow<spatialAudioAtom>(rows, "SA3D without order",
-                             Box("SA3D").hex("01 02 00000000 03 04").words({2, 7, 9}));
-    addMadeRow<spatialAudioAtom>(
-        rows, "SA3D of order 2 has 8 channels, numbered in their order",
+    rows->add<spatialAudioAtom>("SA3D without order",
+                                Box("SA3D").hex("01 02 00000000 03 04").words({2, 7, 9}));
+    rows->addMade<spatialAudioAtom>(
+        "SA3D of order 2 has 8 channels, numbered in their order",
         [](spatialAudioAtom &atom) { atom.ambisonic_order = 2; },
         Box("SA3D").hex("00 00 00000002 00 00").words({8, 0, 1, 2, 3, 4, 5, 6, 7}));
-    addRow<stereoVideoAtom>(rows, "st3d", Box::full("st3d").u8(2));
-    addRow<sphericalEquiAtom>(rows, "equi", Box::full("equi").words({1, 2, 3, 0xFFFFFFFF}));
-    addRow<sphericalCubeAtom>(rows, "cbmp", Box::full("cbmp").words({5, 6}));
-    addRow<sphericalProjectionHeaderAtom>(rows, "prhd", kProjectionHeader);
-    addMadeRow<sphericalProjectionAtom>(
-        rows, "proj",
+    rows->add<stereoVideoAtom>("st3d", Box::full("st3d").u8(2));
+    rows->add<sphericalEquiAtom>("equi", Box::full("equi").words({1, 2, 3, 0xFFFFFFFF}));
+    rows->add<sphericalCubeAtom>("cbmp", Box::full("cbmp").words({5, 6}));
+    rows->add<sphericalProjectionHeaderAtom>("prhd", kProjectionHeader);
+    rows->addMade<sphericalProjectionAtom>(
+        "proj",
         [](sphericalProjectionAtom &atom) {
             atom.header.SetPose(90.5f, -1, 0);
             atom.SetEqui(1, 2, 3, 4); // which the cube map replaces
             atom.SetCube(1, 2);
         },
         kCubeProjection);
-    addMadeRow<sphericalVideoHeaderAtom>(
-        rows, "svhd",
+    rows->addMade<sphericalVideoHeaderAtom>(
+        "svhd",
         [](sphericalVideoHeaderAtom &atom) {
             static_cast<void>(atom.SetMetadataSource(std::string("a tool\0cut", 10)));
         },
         Box::full("svhd").raw("a tool").u8(0));
-    addRow<sphericalVideoAtom>(
-        rows, "sv3d", Box("sv3d").child(Box::full("svhd").raw("x").u8(0)).child(kCubeProjection));
-    addMadeRow<sphericalVideoLegacyAtom>(
-        rows, "uuid",
+    rows->add<sphericalVideoAtom>(
+        "sv3d", Box("sv3d").child(Box::full("svhd").raw("x").u8(0)).child(kCubeProjection));
+    rows->addMade<sphericalVideoLegacyAtom>(
+        "uuid",
         [](sphericalVideoLegacyAtom &atom) {
             atom.SetStitchingSoftware("Stitcher");
             atom.SetSourceCount(12);
@@ -80,31 +80,33 @@ void addUserDataRows(AtomRows *rows)
     const Box first = Box("aaaa").u8(2);
     const Box last = Box("zzzz").u8(1);
 
-    addRow<TavroCameraFirmwareAtom>(rows, "FIRM", firmware, kFills);
-    addRow<TavroCameraIDAtom>(rows, "CAME", camera, kFills);
-    addRow<TavroCameraLENSAtom>(rows, "LENS", Box("LENS").raw("L\x02"), kFills);
-    addRow<TavroCameraFOVAtom>(rows, "FOV", fov, kFills);
-    addRow<TavroMediaUniqueIdAtom>(rows, "MUID", id, kFills);
-    addRow<TavroCameraSettingsAtom>(rows, "SETT", settings, kFills);
-    addRow<TavroCameraTURIAtom>(rows, "TURI", rig, kFills);
-    addRow<TavroCameraTUSIAtom>(rows, "TUSI", shot, kFills | AtomRow::UnreadTail);
-    addRow<TavroKeymarkTagAtom>(rows, "HMMT", tags);
-    addRow<TVMFHandlerAtom>(rows, "tvmd", Box("tvmd").u32(77));
+    rows->add<TavroCameraFirmwareAtom>("FIRM", firmware, kFills);
+    rows->add<TavroCameraIDAtom>("CAME", camera, kFills);
+    rows->add<TavroCameraLENSAtom>("LENS", Box("LENS").raw("L\x02"), kFills);
+    rows->add<TavroCameraFOVAtom>("FOV", fov, kFills);
+    rows->add<TavroMediaUniqueIdAtom>("MUID", id, kFills);
+    rows->add<TavroCameraSettingsAtom>("SETT", settings, kFills);
+    rows->add<TavroCameraTURIAtom>("TURI", rig, kFills);
+    rows->add<TavroCameraTUSIAtom>("TUSI", shot, kFills | AtomRow::UnreadTail);
+    rows->add<TavroKeymarkTagAtom>("HMMT", tags);
+    rows->add<TVMFHandlerAtom>("tvmd", Box("tvmd").u32(77));
 
-    Box inAnyOrder("udta");
-    for (const Box &child : {last, id, tags, shot, rig, fov, settings, camera, firmware, first})
-        inAnyOrder = std::move(inAnyOrder).child(child);
-    Box inItsOrder("udta");
-    for (const Box &child :
-         {firmware, camera, settings, Box("LENS").u8(0), fov, rig, shot, tags, id, first, last})
-        inItsOrder = std::move(inItsOrder).child(child);
-    addMadeRow<UserDataAtom>(
-        rows, "udta with every child, and unknown ones in the order of their types",
-        [bytes = inAnyOrder.bytes()](UserDataAtom &atom) {
-            readInto(atom, bytes);
+    const auto userData = [](const std::initializer_list<Box> &children) {
+        Box box("udta");
+        for (const Box &child : children)
+            box = std::move(box).child(child);
+        return box;
+    };
+    const Box inAnyOrder =
+        userData({last, id, tags, shot, rig, fov, settings, camera, firmware, first});
+    rows->addMade<UserDataAtom>(
+        "udta with every child, and unknown ones in the order of their types",
+        [inAnyOrder](UserDataAtom &atom) {
+            readInto(atom, inAnyOrder);
             atom.lens.Ensure(); // without data: a 0 byte stands for them
         },
-        inItsOrder);
+        userData({firmware, camera, settings, Box("LENS").u8(0), fov, rig, shot, tags, id, first,
+                  last}));
 }
 
 } // namespace

@@ -38,22 +38,22 @@ Box handler(const char *subtype, const QByteArray &name)
 
 void addHeaderRows(AtomRows *rows)
 {
-    addRow<MovieHeaderAtom>(rows, "mvhd",
-                            dated("mvhd")
-                                .words({1000, 60000, 0x18000})
-                                .hex("0080 0102030405060708090A")
-                                .words({1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15, 16, 17}));
-    addRow<TrackHeaderAtom>(rows, "tkhd", kTrackHeader);
-    addRow<MediaHeaderAtom>(rows, "mdhd", kMediaHeader);
-    addRow<VideoMediaInformationHeaderAtom>(rows, "vmhd", kVideoHeader);
-    addRow<SoundMediaInformationHeaderAtom>(rows, "smhd", kSoundHeader);
-    addRow<BaseMediaInfoAtom>(rows, "gmin", kOtherHeader);
-    addRow<TimeCodeMediaInformationAtom>(rows, "tcmi", kTimeCodeFont);
-    addRow<HandlerReferenceAtom>(
-        rows, "hdlr with a counted name",
+    rows->add<MovieHeaderAtom>("mvhd",
+                               dated("mvhd")
+                                   .words({1000, 60000, 0x18000})
+                                   .hex("0080 0102030405060708090A")
+                                   .words({1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15, 16, 17}));
+    rows->add<TrackHeaderAtom>("tkhd", kTrackHeader);
+    rows->add<MediaHeaderAtom>("mdhd", kMediaHeader);
+    rows->add<VideoMediaInformationHeaderAtom>("vmhd", kVideoHeader);
+    rows->add<SoundMediaInformationHeaderAtom>("smhd", kSoundHeader);
+    rows->add<BaseMediaInfoAtom>("gmin", kOtherHeader);
+    rows->add<TimeCodeMediaInformationAtom>("tcmi", kTimeCodeFont);
+    rows->add<HandlerReferenceAtom>(
+        "hdlr with a counted name",
         Box::full("hdlr").raw("mhlrvideappl").words({1, 2}).u8(5).raw("Video"), AtomRow::FillsAtom);
-    addMadeRow<HandlerReferenceAtom>(
-        rows, "hdlr with a name of 300 bytes",
+    rows->addMade<HandlerReferenceAtom>(
+        "hdlr with a name of 300 bytes",
         [](HandlerReferenceAtom &atom) {
             atom = HandlerReferenceAtom(0, FourCC("soun"), std::string(299, 'n'));
         },
@@ -62,84 +62,70 @@ void addHeaderRows(AtomRows *rows)
 
 void addLeafRows(AtomRows *rows)
 {
-    addMadeRow<FreeAtom>(
-        rows, "free", [](FreeAtom &atom) { atom.freePayloadSize = 300; }, Box("free").zeros(300),
+    rows->addMade<FreeAtom>(
+        "free", [](FreeAtom &atom) { atom.freePayloadSize = 300; }, Box("free").zeros(300),
         AtomRow::PreambleOnly | AtomRow::AnyType);
-    addRow<WideAtom>(rows, "wide", Box("wide"));
-    addMadeRow<MdatAtomPrefix>(
-        rows, "mdat", [](MdatAtomPrefix &atom) { atom = MdatAtomPrefix(8); }, Box("mdat"),
+    rows->add<WideAtom>("wide", Box("wide"));
+    rows->addMade<MdatAtomPrefix>(
+        "mdat", [](MdatAtomPrefix &atom) { atom = MdatAtomPrefix(8); }, Box("mdat"),
         AtomRow::PreambleOnly);
-    addMadeRow<FtypAtom>(
-        rows, "ftyp",
+    rows->addMade<FtypAtom>(
+        "ftyp",
         [](FtypAtom &atom) {
             atom.majorBrand = FourCC("mp42");
             atom.minorVersion = 9;
             atom.compatibleBrands = {FourCC("mp42"), FourCC("isom"), 0, 1};
         },
         Box("ftyp").raw("mp42").u32(9).raw("mp42isom").words({0, 1}), AtomRow::PreambleOnly);
-    addRow<EditListAtom>(rows, "elst", kEdits);
-    addRow<DataReferenceAtom>(rows, "dref with a payload", kReferences);
-    addRow<DataReference>(rows, "an entry of dref", Box::full("url ", 0, 1).hex("010203"),
-                          AtomRow::FillsAtom | AtomRow::AnyType);
-    addRow<TrackReferenceTypeAtom>(rows, "a kind of track reference", Box("tmcd").words({2, 3}),
-                                   AtomRow::FillsAtom | AtomRow::AnyType);
-    addRow<UnparsedAtom>(rows, "an atom that nobody models", Box("abcd").raw("payload"),
-                         AtomRow::FillsAtom | AtomRow::AnyType);
+    rows->add<EditListAtom>("elst", kEdits);
+    rows->add<DataReferenceAtom>("dref with a payload", kReferences);
+    rows->add<DataReference>("an entry of dref", Box::full("url ", 0, 1).hex("010203"),
+                             AtomRow::FillsAtom | AtomRow::AnyType);
+    rows->add<TrackReferenceTypeAtom>("a kind of track reference", Box("tmcd").words({2, 3}),
+                                      AtomRow::FillsAtom | AtomRow::AnyType);
+    rows->add<UnparsedAtom>("an atom that nobody models", Box("abcd").raw("payload"),
+                            AtomRow::FillsAtom | AtomRow::AnyType);
 }
 
 void addContainerRows(AtomRows *rows)
 {
     constexpr int kSearch = AtomRow::SearchesChildren;
-    addRow<TrackReferenceAtom>(
-        rows, "tref", Box("tref").child(Box("tmcd").u32(2)).child(Box("chap").words({3, 4})));
-    addRow<EditAtom>(rows, "edts", Box("edts").child(kEdits), kSearch);
-    addRow<DataInformationAtom>(rows, "dinf", Box("dinf").child(Box::full("dref").u32(0)), kSearch);
-    addRow<TimeCodeMediaHandlerAtom>(rows, "tmcd", Box("tmcd").child(kTimeCodeFont), kSearch);
-    addRow<BaseMediaInformationHeaderAtom>(rows, "gmhd of a timecode track",
-                                           Box("gmhd").child(kOtherHeader).child(Box("tmcd")),
-                                           kSearch);
-    addMadeRow<VideoMediaInformationAtom>(
-        rows, "minf of video",
-        [](VideoMediaInformationAtom &atom) {
-            atom.header.Ensure();
-            atom.dataHandler = std::make_unique<HandlerReferenceAtom>(
-                HandlerReferenceAtom::kDataHandler, HandlerReferenceAtom::kAliasSubtype, "");
-            atom.dataInformation.Ensure();
-        },
-        Box("minf")
-            .child(Box::full("vmhd").zeros(8))
-            .child(Box::full("hdlr").raw("dhlralis").zeros(13))
-            .child(Box("dinf")),
-        kSearch);
-    addRow<SoundMediaInformationAtom>(rows, "minf of sound", Box("minf").child(kSoundHeader),
-                                      kSearch);
-    addRow<BaseMediaInformationAtom>(rows, "minf of metadata", Box("minf").child(Box("gmhd")),
-                                     kSearch);
-    addRow<MediaAtom>(rows, "mdia with a handler that has no samples here",
-                      Box("mdia").child(kMediaHeader).child(handler("subt", "Subtitles")), kSearch);
-    addRow<MediaAtom>(
-        rows, "mdia of video",
+    rows->add<TrackReferenceAtom>(
+        "tref", Box("tref").child(Box("tmcd").u32(2)).child(Box("chap").words({3, 4})));
+    rows->add<EditAtom>("edts", Box("edts").child(kEdits), kSearch);
+    rows->add<DataInformationAtom>("dinf", Box("dinf").child(Box::full("dref").u32(0)), kSearch);
+    rows->add<TimeCodeMediaHandlerAtom>("tmcd", Box("tmcd").child(kTimeCodeFont), kSearch);
+    rows->add<BaseMediaInformationHeaderAtom>(
+        "gmhd of a timecode track", Box("gmhd").child(kOtherHeader).child(Box("tmcd")), kSearch);
+    rows->add<VideoMediaInformationAtom>("minf of video",
+                                         Box("minf")
+                                             .child(Box::full("vmhd").zeros(8))
+                                             .child(Box::full("hdlr").raw("dhlralis").zeros(13))
+                                             .child(Box("dinf")),
+                                         kSearch);
+    rows->add<SoundMediaInformationAtom>("minf of sound", Box("minf").child(kSoundHeader), kSearch);
+    rows->add<BaseMediaInformationAtom>("minf of metadata", Box("minf").child(Box("gmhd")),
+                                        kSearch);
+    rows->add<MediaAtom>("mdia with a handler that has no samples here",
+                         Box("mdia").child(kMediaHeader).child(handler("subt", "Subtitles")),
+                         kSearch);
+    rows->add<MediaAtom>(
+        "mdia of video",
         Box("mdia").child(kMediaHeader).child(handler("vide", "V")).child(Box("minf")), kSearch);
-    addRow<TrackAtom>(rows, "trak",
-                      Box("trak")
-                          .child(kTrackHeader)
-                          .child(Box("edts"))
-                          .child(Box("mdia").child(kMediaHeader))
-                          .child(Box("tref")),
-                      kSearch);
-    addMadeRow<MovieAtom>(
-        rows, "moov with two tracks and unknown children",
+    rows->add<TrackAtom>("trak",
+                         Box("trak")
+                             .child(kTrackHeader)
+                             .child(Box("edts"))
+                             .child(Box("mdia").child(kMediaHeader))
+                             .child(Box("tref")),
+                         kSearch);
+    rows->addMade<MovieAtom>(
+        "moov with two tracks and unknown children",
         [](MovieAtom &atom) {
+            readInto(atom,
+                     Box("moov").child(Box("mvex")).child(Box("abcd")).child(kTrack).child(kTrack));
             atom.header.creationTime = 0xD0000001;
             atom.header.modificationTime = 0xD0000002;
-            atom.tracks.resize(2);
-            for (TrackAtom &track : atom.tracks)
-                readInto(track, kTrack.bytes());
-            for (const uint32_t type : {FourCC("mvex"), FourCC("abcd")}) {
-                UnparsedAtom unknown;
-                unknown.type = type;
-                atom.unparsed.emplace(type, unknown);
-            }
         },
         Box("moov")
             .child(Box::full("mvhd")
