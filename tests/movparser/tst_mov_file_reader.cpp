@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole files through the reader: what opens, what is answered, and what is printed.
+#include "answer.h"
+#include "columns.h"
 #include "movie.h"
-#include "movparser/src/mov_file_reader.h"
 #include "stream_capture.h"
-
-#include <QtCore/QTemporaryDir>
-#include <QtTest/QtTest>
 
 using namespace Tavro::MovParserLib;
 
@@ -21,25 +19,10 @@ private Q_SLOTS:
     void theFrameRateFollowsItsRule();
     void theMakerIsTold_data();
     void theMakerIsTold();
-    void questionsWithoutAVideoTrack();
-    void questionsWithoutAnAnswerPlace();
+    void questionsWithoutAnAnswer();
     void anotherFileReplacesTheFirst();
-    void theTopLevelIsNotSearchedForEver();
     void aMovieThatWouldGrowIsNotRewritten();
-    void anotherMovieReplacesTheFirst();
     void aTrackThatWasAddedIsReadBack();
-
-private:
-    QString store(const QByteArray &bytes)
-    {
-        QFile file(m_folder.filePath(QStringLiteral("movie %1").arg(++m_count)));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("the folder cannot be written");
-        return file.fileName();
-    }
-
-    QTemporaryDir m_folder;
-    int m_count = 0;
 };
 
 namespace {
@@ -64,85 +47,65 @@ Box tool(const QByteArray &text, uint32_t kind = 1)
 
 void tst_MovFileReader::opensOrSaysWhyNot_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<quint32>("result");
-    QTest::addColumn<QByteArray>("printed");
-    const auto row = [](const char *name, const QByteArray &bytes, quint32 result,
-                        const char *printed = "") {
-        QTest::newRow(name) << bytes << result << QByteArray(printed);
-    };
+    const auto row = columns<QByteArray, quint32, QByteArray>("bytes", "result", "printed");
     const char *missing = "MovParser::Error  >>  ERROR_MISSING_MOVIE_HEADER\n";
     const char *malformed = "MovAtom::Error  >>  ERROR_ATOM_READ_FAILED\n";
     const QByteArray ftyp = Box("ftyp").zeros(8).bytes();
     const auto join = [](const QByteArrayList &parts) { return parts.join(); };
     const QByteArray moov = movie().bytes();
 
-    row("ftyp, moov, mdat", movieFile(movie()), 0);
-    row("moov behind a 64-bit mdat", join({Box("mdat").zeros(700).wide().bytes(), moov}), 0);
+    row("ftyp, moov, mdat", movieFile(movie()), 0, "");
+    row("moov behind a 64-bit mdat", join({Box("mdat").zeros(700).wide().bytes(), moov}), 0, "");
     row("moov behind free and wide",
-        join({Box("free").zeros(9).bytes(), Box("wide").bytes(), moov}), 0);
+        join({Box("free").zeros(9).bytes(), Box("wide").bytes(), moov}), 0, "");
     row("a first atom that no movie begins with", join({Box("skip").bytes(), moov}), 2,
         "MovParser::Error  >>  ERROR_FILE_NOT_COMPATIBLE\n");
     row("an atom of size 0 before moov", join({ftyp, Box("mdat").claims(0).bytes(), moov}), 2,
         missing);
-    row("an atom of 64-bit size 0 before moov",
-        join({ftyp, Box("mdat").claimsWide(0).bytes(), moov}), 2, missing);
     row("a size that wraps before moov",
         join({ftyp, Box("mdat").zeros(16).claimsWide(0xFFFFFFFFFFFFFFF8).bytes(), moov}), 2,
         "MovParser::Error  >>  \n");
     row("an empty file", "", 2, "MovParser::Error  >>  \n");
-    row("a file of ten bytes", Box("ftyp").raw("is").bytes(), 2, "MovParser::Error  >>  \n");
-    row("no moov", join({ftyp, Box("mdat").zeros(5000).bytes()}), 2);
+    row("no moov", join({ftyp, Box("mdat").zeros(5000).bytes()}), 2, missing);
     row("moov cut off", moov.left(moov.size() - 100), 0x1000B,
         "FileReader::Error  >>  ERROR_ATTEMPT_TO_READ_PAST_EOF\n");
-    row("media cut off", movieFile(movie()).left(moov.size() + 300), 0);
+    row("media cut off", movieFile(movie()).left(moov.size() + 300), 0, "");
     row("no trak", movie({}).bytes(), 0x40004, malformed);
     row("trak without mdia", movie({}, {Box("trak").child(TestTrack().header())}).bytes(), 0x40004,
         malformed);
     row("trak without tkhd", movie({}, {Box("trak").child(TestTrack().media())}).bytes(), 0x40004,
         malformed);
-    row("no mvhd", Box("moov").child(TestTrack().box()).bytes(), 0);
+    row("no mvhd", Box("moov").child(TestTrack().box()).bytes(), 0, "");
     const Box reversed = Box("trak").child(TestTrack().media()).child(TestTrack().header());
-    row("mdia before tkhd", movie({}, {reversed}).bytes(), 0);
+    row("mdia before tkhd", movie({}, {reversed}).bytes(), 0, "");
     TestTrack noChunks;
     noChunks.tables.removeLast();
     row("stbl without chunk offsets", movie({noChunks}).bytes(), 0x40004, malformed);
-    row("a handler without samples here", movie({TestTrack{"subt"}}).bytes(), 0);
+    row("a handler without samples here", movie({TestTrack{"subt"}}).bytes(), 0, "");
+    const QByteArray space = Box("free").bytes();
+    row("moov behind many atoms", space.repeated(30000) + moov, 0, "");
+    row("moov behind more atoms than are searched", space.repeated(100000) + moov, 2, missing);
 }
 
 void tst_MovFileReader::opensOrSaysWhyNot()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(quint32, result);
-    QFETCH(QByteArray, printed);
     MovFileReader reader;
-    const QString path = store(bytes);
-    QElapsedTimer timer;
-    timer.start();
     StreamCapture capture;
-    QCOMPARE(reader.Open(path), result);
-    QVERIFY(timer.elapsed() < 1000);
-    if (result == 0 || !printed.isEmpty())
-        QCOMPARE(capture.text(), printed);
-    else
-        QVERIFY(capture.text().startsWith("MovParser::Error  >>  "));
-    QCOMPARE(reader.GetMoviePosition() != 0,
-             result == 0 && !bytes.startsWith(movie().bytes().left(8))
-                 && bytes.indexOf("moov") != 4);
-    QCOMPARE(MovFileReader().Open(QString()), 0x10001u);
-    QCOMPARE(MovFileReader().Open(path + QStringLiteral(".none")), 0x10002u);
+    QCOMPARE(reader.Open(FileOf(bytes)), result);
+    QTEST(capture.text(), "printed");
+    QCOMPARE(reader.GetMoviePosition(), uint64_t(result == 0 ? bytes.indexOf("moov") - 4 : 0));
 }
 
 void tst_MovFileReader::skipsMediaDataPast4GiB()
 {
     const qint64 gap = 5LL << 30;
-    const QString path = store(Box("mdat").zeros(8).claimsWide(uint64_t(gap)).bytes());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadWrite) && file.resize(gap) && file.seek(gap));
-    QVERIFY(file.write(movie().bytes()) > 0);
-    file.close();
+    FileOf file(Box("mdat").zeros(8).claimsWide(uint64_t(gap)).bytes());
+    QVERIFY(file.open() && file.resize(gap) && file.seek(gap));
+    QVERIFY(file.write(movie().bytes()) > 0 && file.flush());
     MovFileReader reader;
-    QCOMPARE(reader.Open(path), 0u);
+    QCOMPARE(reader.Open(file), 0u);
     QCOMPARE(reader.GetMoviePosition(), uint64_t(gap));
     uint64_t position = 1;
     uint64_t size = 0;
@@ -153,15 +116,9 @@ void tst_MovFileReader::skipsMediaDataPast4GiB()
 
 void tst_MovFileReader::theFrameRateFollowsItsRule_data()
 {
-    QTest::addColumn<uint>("timeScale");
-    QTest::addColumn<uint>("duration");
-    QTest::addColumn<uint>("samples");
-    QTest::addColumn<int>("edit"); // media time of the first edit, -2 for no edits
-    QTest::addColumn<double>("rate"); // 0 for none
-    const auto row = [](const char *name, uint timeScale, uint duration, uint samples, int edit,
-                        double rate) {
-        QTest::newRow(name) << timeScale << duration << samples << edit << rate;
-    };
+    // The edit is the media time of the first one, -2 for no edits; the rate is 0 for none.
+    const auto row =
+        columns<uint, uint, uint, int, double>("timeScale", "duration", "samples", "edit", "rate");
     row("25 frames", 25, 250, 250, -2, 25);
     row("rounded up to whole units", 600, 601, 30, -2, 28.571);
     row("a frame too long for thousandths", 90000, 4294968, 1, -2, 0.021);
@@ -187,20 +144,17 @@ void tst_MovFileReader::theFrameRateFollowsItsRule()
         track.children = {
             Box("edts").child(Box::full("elst").words({2, 9, uint32_t(edit), 0x10000}).zeros(12))};
     MovFileReader reader;
-    QCOMPARE(reader.Open(store(movieFile(movie({track})))), 0u);
-    double got = -1;
-    QCOMPARE(reader.GetFrameRate(&got), rate == 0 ? 0x10000u : 0u);
-    QCOMPARE(got, rate == 0 ? -1 : rate);
+    QCOMPARE(reader.Open(FileOf(movieFile(movie({track})))), 0u);
+    QCOMPARE(answer(reader, &MovFileReader::GetFrameRate),
+             rate == 0 ? "0x10000" : QString::number(rate));
     QCOMPARE(reader.HasVideo(), samples != 0);
 }
 
 void tst_MovFileReader::theMakerIsTold_data()
 {
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<QByteArray>("userData");
-    QTest::addColumn<bool>("maker");
-    const auto row = [](const char *what, const char *name, const Box &child, bool maker) {
-        QTest::newRow(what) << QByteArray(name) << Box("udta").child(child).bytes() << maker;
+    const auto addRow = columns<QByteArray, QByteArray, QString>("name", "userData", "maker");
+    const auto row = [&addRow](const char *what, const char *name, const Box &child, bool maker) {
+        addRow(what, name, Box("udta").child(child).bytes(), QString::number(maker));
     };
     const Box none("free");
     row("by the name of track 0", "A Tavro Camera", none, true);
@@ -226,43 +180,30 @@ void tst_MovFileReader::theMakerIsTold()
     TestTrack track;
     track.name = name;
     MovFileReader reader;
-    const QByteArray bytes = Box("moov").child(track.box()).raw(userData).bytes();
-    QCOMPARE(reader.Open(store(bytes)), 0u);
-    bool maker = false;
-    QCOMPARE(reader.IsTavroFile(&maker), 0u);
-    QTEST(maker, "maker");
-
+    QCOMPARE(reader.Open(FileOf(Box("moov").child(track.box()).raw(userData).bytes())), 0u);
+    QTEST(answer(reader, &MovFileReader::IsTavroFile), "maker");
     track.name.clear();
-    QCOMPARE(reader.Open(store(movieFile(movie({track})))), 0u);
-    QCOMPARE(reader.IsTavroFile(&maker), 0x4000Au);
+    QCOMPARE(reader.Open(FileOf(movieFile(movie({track})))), 0u);
+    QCOMPARE(answer(reader, &MovFileReader::IsTavroFile), "0x4000a");
 }
 
-void tst_MovFileReader::questionsWithoutAVideoTrack()
+void tst_MovFileReader::questionsWithoutAnAnswer()
 {
     MovFileReader reader;
-    QCOMPARE(reader.Open(store(movieFile(movie({TestTrack{"soun"}})))), 0u);
+    QCOMPARE(reader.Open(QString()), 0x10001u);
+    QCOMPARE(reader.Open("/nowhere/none"), 0x10002u);
+    QCOMPARE(reader.Open(FileOf(movieFile(movie({TestTrack{"soun"}})))), 0u);
     QVERIFY(!reader.HasVideo());
     uint32_t number = 0;
-    double rate = 0;
     float angle = 0;
     std::string text = "old";
     QCOMPARE(reader.GetFrameSize(&number, &number), 0x40002u);
-    QCOMPARE(reader.GetFrameRate(&rate), 0x40002u);
-    QCOMPARE(reader.GetStereoMode(&number), 0x40002u);
+    QCOMPARE(answer(reader, &MovFileReader::GetFrameRate), "0x40002");
+    QCOMPARE(answer(reader, &MovFileReader::GetStereoMode), "0x40002");
+    QCOMPARE(answer(reader, &MovFileReader::GetProjection), "0x4000a");
+    QCOMPARE(reader.GetInitialPose(&angle, &angle, &angle), 0x4000Au);
     QCOMPARE(reader.GetWritingTool(&text), 0x40002u);
     QCOMPARE(text, std::string());
-    QCOMPARE(reader.GetProjection(&number), 0x4000Au);
-    QCOMPARE(reader.GetInitialPose(&angle, &angle, &angle), 0x4000Au);
-    QCOMPARE(reader.GetSampleCount(&number, {FourCC("soun"), 0}), 0u);
-    QCOMPARE(number, 25u);
-    QCOMPARE(reader.GetSampleCount(&number, {FourCC("soun"), 1}), 0x40002u);
-}
-
-void tst_MovFileReader::questionsWithoutAnAnswerPlace()
-{
-    const MovFileReader reader;
-    uint32_t number = 0;
-    float angle = 0;
     for (const uint32_t error :
          {reader.GetFrameSize(nullptr, &number), reader.GetFrameSize(&number, nullptr),
           reader.GetFrameRate(nullptr), reader.IsTavroFile(nullptr), reader.GetProjection(nullptr),
@@ -274,36 +215,28 @@ void tst_MovFileReader::questionsWithoutAnAnswerPlace()
 
 void tst_MovFileReader::anotherFileReplacesTheFirst()
 {
+    const QByteArray first = movieFile(movie({TestTrack()}, {Box("udta").child(Box("abcd"))}));
+    const Box second = Box("moov").child(TestTrack().box()); // without a header
     MovFileReader reader;
-    QCOMPARE(reader.Open(store(movieFile(movie({TestTrack()}, {Box("udta").child(Box("abcd"))})))),
-             0u);
+    QCOMPARE(reader.Open(FileOf(first)), 0u);
     QVERIFY(reader.Movie().user_data);
-    TestTrack small;
-    small.timeScale = 7;
-    QCOMPARE(reader.Open(store(movieFile(Box("moov").child(small.box())))), 0u);
-    QVERIFY(!reader.Movie().user_data);
-    QCOMPARE(reader.Movie().tracks.size(), size_t(1));
-    QCOMPARE(reader.Movie().header.duration, 0u); // the second file has no header
-    QCOMPARE(reader.Open(QString()), 0x10001u);
+    QCOMPARE(reader.Open(FileOf(movieFile(second))), 0u);
+    QVERIFY(!reader.Movie().user_data && reader.Movie().tracks.size() == 1);
+    QCOMPARE(reader.Movie().header.duration, 0u);
+    QVERIFY(reader.Open(QString()) != 0);
     QVERIFY(!reader.HasVideo());
     QCOMPARE(reader.GetMoviePosition(), uint64_t(0));
-    uint64_t position = 0;
-    uint64_t size = 0;
-    QVERIFY(reader.LocateMediaData(&position, &size) != 0); // the file before is closed
+    uint64_t number = 0;
+    QVERIFY(reader.LocateMediaData(&number, &number) != 0); // the file before is closed
 
     const Box broken = movie({TestTrack()}, {Box("trak").child(Box("free"))});
-    QVERIFY(reader.Open(store(movieFile(broken))) != 0);
+    QVERIFY(reader.Open(FileOf(movieFile(broken))) != 0);
     QVERIFY(reader.Movie().tracks.empty() && reader.Movie().header.duration == 0);
-}
 
-void tst_MovFileReader::theTopLevelIsNotSearchedForEver()
-{
-    const QByteArray space = Box("free").bytes();
-    MovFileReader reader;
-    QCOMPARE(reader.Open(store(space.repeated(30000) + movieFile(movie()))), 0u);
-    StreamCapture capture;
-    QCOMPARE(reader.Open(store(space.repeated(100000) + movieFile(movie()))), 2u);
-    QCOMPARE(capture.text(), QByteArray("MovParser::Error  >>  ERROR_MISSING_MOVIE_HEADER\n"));
+    MovieAtom atom; // reads anew without a reader too
+    QCOMPARE(atom.Read(*ExactBuffer(movie().bytes())), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.Read(*ExactBuffer(second.bytes())), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.header.duration, 0u);
 }
 
 // Sound of order 26 has 2 to the power of 27 channels once it is written: they would fit memory.
@@ -314,19 +247,9 @@ void tst_MovFileReader::aMovieThatWouldGrowIsNotRewritten()
     track.tables.append(Box::full("stsd").u32(1).child(
         Box("twos").zeros(6).u16(1).zeros(20).child(Box("SA3D").u16(0).u32(26).u16(0).u32(0))));
     MovFileReader reader;
-    QCOMPARE(reader.Open(store(movieFile(movie({track})))), 0u);
+    QCOMPARE(reader.Open(FileOf(movieFile(movie({track})))), 0u);
     StreamCapture capture;
     QCOMPARE(reader.PrintRewritten(), 0x40005u);
-}
-
-void tst_MovFileReader::anotherMovieReplacesTheFirst()
-{
-    MovieAtom atom;
-    for (const Box &moov : {movie(), Box("moov").child(TestTrack().box())}) {
-        ExactBuffer buffer(moov.bytes());
-        QCOMPARE(atom.Read(*buffer), MovAtom::ERROR_OKAY);
-        QCOMPARE(atom.header.duration, moov.bytes().contains("mvhd") ? 600u : 0u);
-    }
 }
 
 void tst_MovFileReader::aTrackThatWasAddedIsReadBack()
@@ -366,19 +289,15 @@ void tst_MovFileReader::aTrackThatWasAddedIsReadBack()
     QCOMPARE(movie.Write(*buffer), MovAtom::ERROR_OKAY);
     QCOMPARE(buffer->BytesLeft(), uint64_t(0));
     MovFileReader reader;
-    QCOMPARE(reader.Open(store(buffer.bytes())), 0u);
+    QCOMPARE(reader.Open(FileOf(buffer.bytes())), 0u);
     uint32_t width = 0;
     uint32_t height = 0;
     QCOMPARE(reader.GetFrameSize(&width, &height), 0u);
     QVERIFY(width == 1920 && height == 960);
-    double rate = 0;
-    QCOMPARE(reader.GetFrameRate(&rate), 0u);
-    QCOMPARE(rate, 50.0);
+    QCOMPARE(answer(reader, &MovFileReader::GetFrameRate), "50");
     SampleInfo info;
-    QCOMPARE(reader.GetSampleInfo(1, &info), 0u);
-    QVERIFY(info.position == 110 && !info.isKey);
-    QCOMPARE(reader.GetSampleInfo(2, &info), 0u);
-    QVERIFY(info.position == 200 && info.size == 12);
+    QVERIFY(reader.GetSampleInfo(1, &info) == 0 && info.position == 110 && !info.isKey);
+    QVERIFY(reader.GetSampleInfo(2, &info) == 0 && info.position == 200 && info.size == 12);
     QCOMPARE(reader.Movie().tracks[1].header.trackId, 2u);
 }
 
