@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the library does when memory ends, and how much of it a file can make it take.
-#include "box.h"
+#include "columns.h"
 #include "movie.h"
 #include "movparser/src/mov_file_reader.h"
 #include "movparser/src/sound_sample_description.h"
 #include "tests/fuzz/sample_movie.h"
-
-#include <QtCore/QTemporaryFile>
-#include <QtTest/QtTest>
 
 #include <malloc.h>
 
@@ -28,49 +25,35 @@ struct Heap
     int64_t blocks = 0;
     int64_t bytes = 0;
     int64_t peak = 0;
+
+    /// Whether the one that was to fail has done so. From here on none does.
+    bool hasFailed() { return std::exchange(untilFailure, -1) < 0; }
 } g_heap;
 
-// From here on the n-th allocation fails, until the object ends or is asked whether it has.
-class FailingAllocation
-{
-public:
-    explicit FailingAllocation(int64_t n) { g_heap.untilFailure = n; }
-
-    ~FailingAllocation() { g_heap.untilFailure = -1; }
-
-    FailingAllocation(const FailingAllocation &) = delete;
-    FailingAllocation &operator=(const FailingAllocation &) = delete;
-
-    bool hasFailed()
-    {
-        const bool failed = g_heap.untilFailure < 0;
-        g_heap.untilFailure = -1;
-        return failed;
-    }
-};
-
-// What came of an operation.
-struct Outcome
-{
-    bool memoryFailed;
-    bool isRight; ///< For what happened to the memory.
-};
-
 // Runs `act(n)` with the n-th allocation in it failing, for each n there is and once more without
-// a failure. It must leave no block behind.
+// a failure: it sets the number and tells whether that allocation failed and whether all is as it
+// should be then. It must leave no block behind.
 template <class Act> void withEachAllocationFailing(Act &&act)
 {
     for (int64_t n = 0;; ++n) {
         const int64_t before = g_heap.blocks;
-        const Outcome outcome = act(n);
+        const auto [failed, isRight] = act(n);
         const int64_t left = g_heap.blocks - before;
-        QVERIFY2(outcome.isRight, qPrintable(QStringLiteral("allocation %1").arg(n)));
+        QVERIFY2(isRight, qPrintable(QStringLiteral("allocation %1").arg(n)));
         QCOMPARE(left, int64_t(0));
-        if (!outcome.memoryFailed) {
-            QVERIFY(n > 0);
+        QVERIFY(failed || n > 0);
+        if (!failed)
             return;
-        }
     }
+}
+
+// The most bytes taken at once.
+template <class Act> int64_t peakOf(Act &&act)
+{
+    const int64_t before = g_heap.bytes;
+    g_heap.peak = before;
+    act();
+    return g_heap.peak - before;
 }
 
 } // namespace
@@ -135,7 +118,6 @@ class tst_Allocations : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readingFailsWithoutMemory_data();
     void readingFailsWithoutMemory();
     void openingFailsWithoutMemory();
     void changingFailsWithoutMemory();
@@ -146,46 +128,38 @@ private Q_SLOTS:
     void aSmallFileTakesLittleMemory();
 };
 
-void tst_Allocations::readingFailsWithoutMemory_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    const auto row = [](const char *name, const MovieAtom &movie, const QByteArray &more) {
-        const std::vector<uint8_t> bytes = bytesOf(movie);
-        QByteArray moov(reinterpret_cast<const char *>(bytes.data()), int(bytes.size()));
-        moov.append(more).replace(0, 4, Box::encode(uint64_t(moov.size()), 4));
-        QTest::newRow(name) << moov;
-    };
-    row("every kind of track", fullMovie(), Box("abcd").raw("kept").bytes());
-    row("an older panorama", legacyMovie(), {});
-}
-
 void tst_Allocations::readingFailsWithoutMemory()
 {
-    QFETCH(QByteArray, bytes);
-    ExactBuffer buffer(bytes);
-    withEachAllocationFailing([&](int64_t n) -> Outcome {
-        MovieAtom movie;
-        static_cast<void>(buffer->Seek(0, 0));
-        FailingAllocation failure(n);
-        const MovAtom::Error error = movie.Read(*buffer);
-        return failure.hasFailed()
-            ? Outcome{true, error == MovAtom::ERROR_ATOM_READ_FAILED && buffer->Tell() == 0}
-            : Outcome{false, error == MovAtom::ERROR_OKAY && buffer->BytesLeft() == 0};
-    });
+    for (const MovieAtom &kind : {fullMovie(), legacyMovie()}) {
+        const std::vector<uint8_t> written = bytesOf(kind);
+        QByteArray bytes(reinterpret_cast<const char *>(written.data()), int(written.size()));
+        bytes.append(Box("abcd").raw("kept").bytes());
+        bytes.replace(0, 4, Box::encode(uint64_t(bytes.size()), 4));
+        ExactBuffer buffer(bytes);
+        withEachAllocationFailing([&](int64_t n) {
+            MovieAtom movie;
+            static_cast<void>(buffer->Seek(0, 0));
+            g_heap.untilFailure = n;
+            const MovAtom::Error error = movie.Read(*buffer);
+            const bool failed = g_heap.hasFailed();
+            return std::pair(failed,
+                             failed
+                                 ? error == MovAtom::ERROR_ATOM_READ_FAILED && buffer->Tell() == 0
+                                 : error == MovAtom::ERROR_OKAY && buffer->BytesLeft() == 0);
+        });
+    }
 }
 
 void tst_Allocations::openingFailsWithoutMemory()
 {
-    QTemporaryFile file;
-    QVERIFY(file.open() && file.write(movieFile(movie())) > 0);
-    file.close();
-    const QString path = file.fileName();
-    withEachAllocationFailing([&](int64_t n) -> Outcome {
+    const FileOf file(movieFile(movie()));
+    const QString path = file;
+    withEachAllocationFailing([&](int64_t n) {
         MovFileReader reader;
-        FailingAllocation failure(n);
+        g_heap.untilFailure = n;
         const uint32_t error = reader.Open(path);
-        const bool failed = failure.hasFailed();
-        return {failed, (error != 0) == failed && reader.HasVideo() != failed};
+        const bool failed = g_heap.hasFailed();
+        return std::pair(failed, (error != 0) == failed && reader.HasVideo() != failed);
     });
 }
 
@@ -209,42 +183,43 @@ void tst_Allocations::changingFailsWithoutMemory()
     MovieAtom start;
     QCOMPARE(start.AddVideoTrack(video), MovAtom::ERROR_OKAY);
     for (const auto &change : changes) {
-        withEachAllocationFailing([&](int64_t n) -> Outcome {
+        withEachAllocationFailing([&](int64_t n) {
             MovieAtom movie = start;
-            FailingAllocation failure(n);
+            g_heap.untilFailure = n;
             const MovAtom::Error error = change(movie);
-            return failure.hasFailed()
-                ? Outcome{true,
-                          error == MovAtom::ERROR_MEM_ALLOC && movie.tracks.size() == 1
-                              && movie.header.nextTrackId == start.header.nextTrackId}
-                : Outcome{false, error == MovAtom::ERROR_OKAY};
+            const bool failed = g_heap.hasFailed();
+            return std::pair(failed,
+                             failed ? error == MovAtom::ERROR_MEM_ALLOC && movie.tracks.size() == 1
+                                     && movie.header.nextTrackId == start.header.nextTrackId
+                                    : error == MovAtom::ERROR_OKAY);
         });
     }
 }
 
-void tst_Allocations::aSmallFileTakesLittleMemory_data()
+// The channels of a sound field are numbered when it is written.
+void tst_Allocations::writingFailsWithoutMemory()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    const auto row = [](const char *name, const Box &child) {
-        TestTrack track;
-        track.children = {child, Box("free")};
-        QTest::newRow(name) << movie({track}).bytes();
-    };
-    TestTrack track;
-    track.tables.prepend(
-        Box::full("stsd").u32(1000000).child(Box("avc1").claims(0)).zeros(16000000));
-    QTest::newRow("descriptions in one place") << movie({track}).bytes();
-    row("references", Box("tref").raw(Box("abcd").bytes().repeated(2000000)));
-    QByteArray unknown;
-    for (uint32_t i = 0; i < 1000000; ++i)
-        unknown.append(Box(Box::encode(i | 0x80000000U, 4)).bytes());
-    QTest::newRow("unknown atoms") << movie({TestTrack()}, {Box("udta").raw(unknown)}).bytes();
-    // Headers that read on into the tracks behind them; a size of 7 ends each search.
-    QByteArray tracks;
-    for (int i = 0; i < 150000; ++i)
-        tracks.append(Box("trak").claims(32).bytes() + Box("tkhd").claims(8).bytes()
-                      + Box("mdia").claims(0x7fffffff).bytes() + Box("mdhd").claims(7).bytes());
-    QTest::newRow("tracks that overlap") << Box("moov").raw(tracks).zeros(200).bytes();
+    MovieAtom movie = fullMovie();
+    movie.tracks[1].SampleDescriptions()->Sound()->spatialAudio->ambisonic_order = 3;
+    movie.tracks[0].spherical.Ensure().SetStitchingSoftware("a name that has no room inside");
+    ExactBuffer buffer(QByteArray(int(movie.GetSize()), '\0'));
+    withEachAllocationFailing([&](int64_t n) {
+        MovieAtom copy = movie;
+        static_cast<void>(buffer->Seek(0, 0));
+        g_heap.untilFailure = n;
+        const MovAtom::Error error = copy.Write(*buffer);
+        const bool failed = g_heap.hasFailed();
+        return std::pair(failed,
+                         failed ? error == MovAtom::ERROR_ATOM_WRITE_FAILED
+                                : error == MovAtom::ERROR_OKAY && buffer->BytesLeft() == 0);
+    });
+}
+
+void tst_Allocations::copyingATableThrowsWithoutMemory()
+{
+    const AtomTable<uint32_t> table = {1, 2, 3};
+    g_heap.untilFailure = 0;
+    QVERIFY_EXCEPTION_THROWN(static_cast<void>(AtomTable<uint32_t>(table)), std::bad_alloc);
 }
 
 // Tables that stay where they were read to cost no memory by themselves; whoever walks or prints
@@ -257,49 +232,33 @@ void tst_Allocations::tablesInOnePlaceCountEach()
         QList<TestTrack> tracks;
         for (int i = 0; i < 28; ++i)
             tracks.append(track);
-        QTemporaryFile file;
-        const QByteArray bytes = movieFile(movie(tracks, {Box("free").zeros(padding)}));
-        QVERIFY(file.open() && file.write(bytes) == bytes.size());
-        file.close();
+        const FileOf file(movieFile(movie(tracks, {Box("free").zeros(padding)})));
         MovFileReader reader;
-        const int64_t before = g_heap.bytes;
-        g_heap.peak = before;
-        QCOMPARE(reader.Open(file.fileName()), error);
-        const int64_t taken = g_heap.peak - before;
-        QVERIFY2(taken < 4 * bytes.size(), qPrintable(QString::number(taken)));
+        uint32_t opened = 1;
+        const int64_t taken = peakOf([&] { opened = reader.Open(file); });
+        QCOMPARE(opened, error);
+        QVERIFY2(taken < 4 * file.size(), qPrintable(QString::number(taken)));
     }
 }
 
-// The channels of a sound field are numbered when it is written.
-void tst_Allocations::writingFailsWithoutMemory()
+void tst_Allocations::aSmallFileTakesLittleMemory_data()
 {
-    MovieAtom movie = fullMovie();
-    for (TrackAtom &track : movie.tracks) {
-        SampleDescriptionAtom *descriptions = track.Information().GetSampleDescriptions();
-        auto *sound = dynamic_cast<SoundSampleDescription *>(descriptions->entries.front().get());
-        if (!sound)
-            continue;
-        sound->spatialAudio = std::make_unique<spatialAudioAtom>();
-        sound->spatialAudio->ambisonic_order = 3;
-    }
-    movie.tracks.front().spherical.Ensure().SetStitchingSoftware("a name that has no room inside");
-    ExactBuffer buffer(QByteArray(int(movie.GetSize()), '\0'));
-    withEachAllocationFailing([&](int64_t n) -> Outcome {
-        MovieAtom copy = movie;
-        static_cast<void>(buffer->Seek(0, 0));
-        FailingAllocation failure(n);
-        const MovAtom::Error error = copy.Write(*buffer);
-        return failure.hasFailed()
-            ? Outcome{true, error == MovAtom::ERROR_ATOM_WRITE_FAILED}
-            : Outcome{false, error == MovAtom::ERROR_OKAY && buffer->BytesLeft() == 0};
-    });
-}
-
-void tst_Allocations::copyingATableThrowsWithoutMemory()
-{
-    const AtomTable<uint32_t> table = {1, 2, 3};
-    FailingAllocation failure(0);
-    QVERIFY_EXCEPTION_THROWN(static_cast<void>(AtomTable<uint32_t>(table)), std::bad_alloc);
+    const auto row = columns<QByteArray>("bytes");
+    TestTrack described;
+    described.tables.prepend(
+        Box::full("stsd").u32(1000000).child(Box("avc1").claims(0)).zeros(16000000));
+    row("descriptions in one place", movie({described}).bytes());
+    TestTrack referring;
+    referring.children = {Box("tref").raw(Box("abcd").bytes().repeated(2000000)), Box("free")};
+    row("references", movie({referring}).bytes());
+    QByteArray unknown;
+    for (uint32_t i = 0; i < 1000000; ++i)
+        unknown.append(Box(Box::encode(i | 0x80000000U, 4)).bytes());
+    row("unknown atoms", movie({TestTrack()}, {Box("udta").raw(unknown)}).bytes());
+    // Headers that read on into the tracks behind them; a size of 7 ends each search.
+    const QByteArray track = Box("trak").claims(32).bytes() + Box("tkhd").claims(8).bytes()
+        + Box("mdia").claims(0x7fffffff).bytes() + Box("mdhd").claims(7).bytes();
+    row("tracks that overlap", Box("moov").raw(track.repeated(150000)).zeros(200).bytes());
 }
 
 // The bound holds for what is kept; a vector that grows has up to twice as much for a moment.
@@ -307,13 +266,9 @@ void tst_Allocations::aSmallFileTakesLittleMemory()
 {
     QFETCH(QByteArray, bytes);
     ExactBuffer buffer(bytes);
-    const int64_t before = g_heap.bytes;
-    g_heap.peak = before;
-    {
-        MovieAtom movie;
-        QCOMPARE(movie.Read(*buffer), MovAtom::ERROR_ATOM_READ_FAILED);
-    }
-    const int64_t taken = g_heap.peak - before;
+    MovAtom::Error error = MovAtom::ERROR_OKAY;
+    const int64_t taken = peakOf([&] { error = MovieAtom().Read(*buffer); });
+    QCOMPARE(error, MovAtom::ERROR_ATOM_READ_FAILED);
     const int64_t most = 2 * (2 * int64_t(bytes.size()) + (16 << 20));
     QVERIFY2(taken <= most, qPrintable(QStringLiteral("%1 of %2").arg(taken).arg(most)));
 }
