@@ -132,12 +132,3 @@ MovieAtom legacyMovie()
     movie.tracks = {video};
     return movie;
 }
-
-std::vector<uint8_t> bytesOf(MovieAtom movie)
-{
-    FileBuffer buffer;
-    if (buffer.Alloc(movie.GetSize()) != FileBuffer::ERROR_OKAY
-        || movie.Write(buffer) != MovAtom::ERROR_OKAY)
-        return {};
-    return {buffer.GetData(), buffer.GetData() + buffer.Tell()};
-}

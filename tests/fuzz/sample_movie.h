@@ -4,13 +4,8 @@
 
 #include "movparser/src/atom_moov.h"
 
-#include <vector>
-
 /// One track each of video, sound, time code, text and telemetry, and the maker's user data.
 Tavro::MovParserLib::MovieAtom fullMovie();
 
 /// A single video track whose spherical metadata are of the older form only.
 Tavro::MovParserLib::MovieAtom legacyMovie();
-
-/// The bytes that a movie is written as; empty when it cannot be written.
-std::vector<uint8_t> bytesOf(Tavro::MovParserLib::MovieAtom movie);

@@ -41,8 +41,7 @@ struct AtomRow
 /// Reads what a test starts from.
 inline void readInto(AtomRow::Atom &atom, const Box &box)
 {
-    ExactBuffer buffer(box.bytes());
-    if (atom.Read(*buffer) != AtomRow::Atom::ERROR_OKAY)
+    if (atom.Read(*ExactBuffer(box)) != AtomRow::Atom::ERROR_OKAY)
         qFatal("the atom to start from cannot be read");
 }
 
@@ -77,7 +76,7 @@ public:
             return std::pair<AtomRow::Pointer, AtomRow::Pointer>(std::move(copy),
                                                                  std::move(assigned));
         };
-        push_back({name, expected.bytes(), traits, make, makeFilled, copies});
+        push_back({name, expected, traits, make, makeFilled, copies});
     }
 };
 

@@ -4,7 +4,7 @@
 // Builds atoms byte by byte for tests, without the library that is tested. Sizes come out right by
 // themselves; a test that wants a wrong one says so.
 
-#include "movparser/src/file_buffer.h"
+#include "movparser/src/mov_atom.h"
 
 #include <QtCore/QByteArray>
 
@@ -92,6 +92,8 @@ public:
         return all.append(m_payload);
     }
 
+    operator QByteArray() const { return bytes(); }
+
     static QByteArray encode(uint64_t value, int width)
     {
         QByteArray bytes;
@@ -140,3 +142,12 @@ private:
     std::unique_ptr<uint8_t[]> m_block;
     Buffer m_buffer;
 };
+
+/// What an atom is written as; empty when it cannot be, or when its size is not that of its bytes.
+template <class Atom> QByteArray written(Atom &&atom)
+{
+    ExactBuffer buffer(QByteArray(int(atom.GetSize()), '\x55'));
+    const bool isRight =
+        atom.Write(*buffer) == std::decay_t<Atom>::ERROR_OKAY && buffer->BytesLeft() == 0;
+    return isRight ? buffer.bytes() : QByteArray();
+}

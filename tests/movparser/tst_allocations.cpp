@@ -131,9 +131,7 @@ private Q_SLOTS:
 void tst_Allocations::readingFailsWithoutMemory()
 {
     for (const MovieAtom &kind : {fullMovie(), legacyMovie()}) {
-        const std::vector<uint8_t> written = bytesOf(kind);
-        QByteArray bytes(reinterpret_cast<const char *>(written.data()), int(written.size()));
-        bytes.append(Box("abcd").raw("kept").bytes());
+        QByteArray bytes = written(MovieAtom(kind)).append(Box("abcd").raw("kept"));
         bytes.replace(0, 4, Box::encode(uint64_t(bytes.size()), 4));
         ExactBuffer buffer(bytes);
         withEachAllocationFailing([&](int64_t n) {
@@ -247,18 +245,18 @@ void tst_Allocations::aSmallFileTakesLittleMemory_data()
     TestTrack described;
     described.tables.prepend(
         Box::full("stsd").u32(1000000).child(Box("avc1").claims(0)).zeros(16000000));
-    row("descriptions in one place", movie({described}).bytes());
+    row("descriptions in one place", movie({described}));
     TestTrack referring;
     referring.children = {Box("tref").raw(Box("abcd").bytes().repeated(2000000)), Box("free")};
-    row("references", movie({referring}).bytes());
+    row("references", movie({referring}));
     QByteArray unknown;
     for (uint32_t i = 0; i < 1000000; ++i)
-        unknown.append(Box(Box::encode(i | 0x80000000U, 4)).bytes());
-    row("unknown atoms", movie({TestTrack()}, {Box("udta").raw(unknown)}).bytes());
+        unknown.append(Box(Box::encode(i | 0x80000000U, 4)));
+    row("unknown atoms", movie({TestTrack()}, {Box("udta").raw(unknown)}));
     // Headers that read on into the tracks behind them; a size of 7 ends each search.
     const QByteArray track = Box("trak").claims(32).bytes() + Box("tkhd").claims(8).bytes()
         + Box("mdia").claims(0x7fffffff).bytes() + Box("mdhd").claims(7).bytes();
-    row("tracks that overlap", Box("moov").raw(track.repeated(150000)).zeros(200).bytes());
+    row("tracks that overlap", Box("moov").raw(track.repeated(150000)).zeros(200));
 }
 
 // The bound holds for what is kept; a vector that grows has up to twice as much for a moment.

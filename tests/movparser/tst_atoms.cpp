@@ -32,14 +32,6 @@ private:
 
 namespace {
 
-QByteArray written(MovAtom &atom)
-{
-    ExactBuffer buffer(QByteArray(int(atom.GetSize()), '\x55'));
-    if (atom.Write(*buffer) != MovAtom::ERROR_OKAY || buffer->BytesLeft() != 0)
-        return "the size and the bytes written disagree";
-    return buffer.bytes();
-}
-
 QByteArray printed(const MovAtom &atom, uint32_t depth = 0)
 {
     std::string text;

@@ -103,10 +103,7 @@ Box nested(int depth, const char *type)
 
 void tst_HostileAtoms::readingAMovieEnds_data()
 {
-    const auto addRow = columns<QByteArray, bool>("bytes", "reads");
-    const auto row = [&addRow](const QByteArray &name, const Box &box, bool reads) {
-        addRow(name.constData(), box.bytes(), reads);
-    };
+    const auto row = columns<QByteArray, bool>("bytes", "reads");
     row("a movie as it should be", movie(), kReads);
 
     row("64-bit size of 0: moov", movie().claimsWide(0), kFails);
@@ -120,7 +117,7 @@ void tst_HostileAtoms::readingAMovieEnds_data()
         kFails);
 
     for (const uint32_t size : {2u, 4u, 7u})
-        row("unknown child of " + QByteArray::number(size) + " bytes",
+        row(qPrintable(QStringLiteral("unknown child of %1 bytes").arg(size)),
             withChild(Box("abcd").zeros(8).claims(size)), kFails);
     row("trak of 4 bytes", withChild(Box("trak").zeros(8).claims(4)), kFails);
     row("64-bit size of 15", withChild(Box("abcd").zeros(8).claimsWide(15)), kFails);
@@ -137,7 +134,7 @@ void tst_HostileAtoms::readingAMovieEnds_data()
     row("child that ends behind the buffer", withChild(Box("abcd").claims(0x7FFFFFFF)), kFails);
 
     for (const char *table : {"stts", "ctts", "stss", "stsc", "stco", "co64", "stsd"})
-        row(QByteArray("4 billion entries: ").append(table),
+        row(QByteArray("4 billion entries: ").append(table).constData(),
             withTable(Box::full(table).u32(0xFFFFFFFF).zeros(64)), kFails);
     row("4 billion entries: stsz", withTable(Box::full("stsz").words({0, 0xFFFFFFFF})), kFails);
     row("4 billion entries: dref", withDataReferences(Box::full("dref").u32(0xFFFFFFFF).zeros(64)),
@@ -188,7 +185,7 @@ void tst_HostileAtoms::aSearchEnds_data()
         columns<QByteArray, quint64, bool, quint64>("bytes", "limit", "found", "cursor");
     const auto row = [&addRow](const char *name, const Box &first, quint64 limit, bool found,
                                quint64 cursor) {
-        addRow(name, first.bytes() + Box("want").zeros(4).bytes(), limit, found, cursor);
+        addRow(name, first.bytes().append(Box("want").zeros(4)), limit, found, cursor);
     };
     const quint64 all = 1000;
     row("behind another atom", Box("abcd").zeros(2), all, true, 10);
@@ -219,7 +216,7 @@ void tst_HostileAtoms::aSearchEnds()
 void tst_HostileAtoms::aCopyStaysWithinItsBytes()
 {
     UnparsedAtom atom;
-    QCOMPARE(atom.Read(*ExactBuffer(Box("abcd").raw("data").wide().bytes())), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.Read(*ExactBuffer(Box("abcd").raw("data").wide())), MovAtom::ERROR_OKAY);
     QCOMPARE(atom.DataSize(), uint64_t(4));
     const UnparsedAtom copy(atom);
     QByteArray data(12, 'x');
@@ -237,7 +234,7 @@ void tst_HostileAtoms::aSampleThatCannotBeIsRefused_data()
 {
     const auto row = columns<QByteArray, uint, int>("bytes", "index", "error");
     const auto chunks = [&row](const char *name, std::initializer_list<uint32_t> runs, int error) {
-        row(name, withTable(Box::full("stsc").words(runs)).bytes(), 3, error);
+        row(name, withTable(Box::full("stsc").words(runs)), 3, error);
     };
     chunks("no runs", {0}, MovAtom::ERROR_MALFORMED_ATOM);
     chunks("no samples in a chunk", {1, 1, 0, 1}, MovAtom::ERROR_MALFORMED_ATOM);
@@ -256,7 +253,7 @@ void tst_HostileAtoms::aSampleThatCannotBeIsRefused_data()
                         Box::full("stts").words({1, kSamples, duration}),
                         Box::full("ctts").words({1, kSamples, offset}),
                         Box("free")};
-        row(name, movie({track}).bytes(), kSamples - 1, error);
+        row(name, movie({track}), kSamples - 1, error);
     };
     times("the sum of times", 0x80000001, 0x7FFFFFFF, MovAtom::ERROR_MALFORMED_ATOM);
     times("the decoding time", 0xFFFFFFFF, 0, MovAtom::ERROR_MALFORMED_ATOM);
@@ -288,11 +285,8 @@ void tst_HostileAtoms::anyFlippedByteIsSurvived()
             SampleInfo info;
             for (const TrackAtom &track : movie.tracks)
                 static_cast<void>(track.Information().GetSampleInfo(24, &info));
-            ExactBuffer again(QByteArray(int(movie.GetSize()), '\0'));
-            QCOMPARE(movie.Write(*again), MovAtom::ERROR_OKAY);
-            QCOMPARE(again->Seek(0, 0), FileBuffer::ERROR_OKAY);
             MovieAtom second;
-            QCOMPARE(second.Read(*again), MovAtom::ERROR_OKAY);
+            QCOMPARE(second.Read(*ExactBuffer(written(movie))), MovAtom::ERROR_OKAY);
             std::string text;
             std::string secondText;
             movie.PrintToString(&text, 0);

@@ -55,33 +55,31 @@ void tst_MovFileReader::opensOrSaysWhyNot_data()
     const QByteArray moov = movie().bytes();
 
     row("ftyp, moov, mdat", movieFile(movie()), 0, "");
-    row("moov behind a 64-bit mdat", join({Box("mdat").zeros(700).wide().bytes(), moov}), 0, "");
-    row("moov behind free and wide",
-        join({Box("free").zeros(9).bytes(), Box("wide").bytes(), moov}), 0, "");
-    row("a first atom that no movie begins with", join({Box("skip").bytes(), moov}), 2,
+    row("moov behind a 64-bit mdat", join({Box("mdat").zeros(700).wide(), moov}), 0, "");
+    row("moov behind free and wide", join({Box("free").zeros(9), Box("wide"), moov}), 0, "");
+    row("a first atom that no movie begins with", join({Box("skip"), moov}), 2,
         "MovParser::Error  >>  ERROR_FILE_NOT_COMPATIBLE\n");
-    row("an atom of size 0 before moov", join({ftyp, Box("mdat").claims(0).bytes(), moov}), 2,
-        missing);
+    row("an atom of size 0 before moov", join({ftyp, Box("mdat").claims(0), moov}), 2, missing);
     row("a size that wraps before moov",
-        join({ftyp, Box("mdat").zeros(16).claimsWide(0xFFFFFFFFFFFFFFF8).bytes(), moov}), 2,
+        join({ftyp, Box("mdat").zeros(16).claimsWide(0xFFFFFFFFFFFFFFF8), moov}), 2,
         "MovParser::Error  >>  \n");
     row("an empty file", "", 2, "MovParser::Error  >>  \n");
-    row("no moov", join({ftyp, Box("mdat").zeros(5000).bytes()}), 2, missing);
+    row("no moov", join({ftyp, Box("mdat").zeros(5000)}), 2, missing);
     row("moov cut off", moov.left(moov.size() - 100), 0x1000B,
         "FileReader::Error  >>  ERROR_ATTEMPT_TO_READ_PAST_EOF\n");
     row("media cut off", movieFile(movie()).left(moov.size() + 300), 0, "");
-    row("no trak", movie({}).bytes(), 0x40004, malformed);
-    row("trak without mdia", movie({}, {Box("trak").child(TestTrack().header())}).bytes(), 0x40004,
+    row("no trak", movie({}), 0x40004, malformed);
+    row("trak without mdia", movie({}, {Box("trak").child(TestTrack().header())}), 0x40004,
         malformed);
-    row("trak without tkhd", movie({}, {Box("trak").child(TestTrack().media())}).bytes(), 0x40004,
+    row("trak without tkhd", movie({}, {Box("trak").child(TestTrack().media())}), 0x40004,
         malformed);
-    row("no mvhd", Box("moov").child(TestTrack().box()).bytes(), 0, "");
+    row("no mvhd", Box("moov").child(TestTrack().box()), 0, "");
     const Box reversed = Box("trak").child(TestTrack().media()).child(TestTrack().header());
-    row("mdia before tkhd", movie({}, {reversed}).bytes(), 0, "");
+    row("mdia before tkhd", movie({}, {reversed}), 0, "");
     TestTrack noChunks;
     noChunks.tables.removeLast();
-    row("stbl without chunk offsets", movie({noChunks}).bytes(), 0x40004, malformed);
-    row("a handler without samples here", movie({TestTrack{"subt"}}).bytes(), 0, "");
+    row("stbl without chunk offsets", movie({noChunks}), 0x40004, malformed);
+    row("a handler without samples here", movie({TestTrack{"subt"}}), 0, "");
     const QByteArray space = Box("free").bytes();
     row("moov behind many atoms", space.repeated(30000) + moov, 0, "");
     row("moov behind more atoms than are searched", space.repeated(100000) + moov, 2, missing);
@@ -101,7 +99,7 @@ void tst_MovFileReader::opensOrSaysWhyNot()
 void tst_MovFileReader::skipsMediaDataPast4GiB()
 {
     const qint64 gap = 5LL << 30;
-    FileOf file(Box("mdat").zeros(8).claimsWide(uint64_t(gap)).bytes());
+    FileOf file(Box("mdat").zeros(8).claimsWide(uint64_t(gap)));
     QVERIFY(file.open() && file.resize(gap) && file.seek(gap));
     QVERIFY(file.write(movie().bytes()) > 0 && file.flush());
     MovFileReader reader;
@@ -122,7 +120,6 @@ void tst_MovFileReader::theFrameRateFollowsItsRule_data()
     row("25 frames", 25, 250, 250, -2, 25);
     row("rounded up to whole units", 600, 601, 30, -2, 28.571);
     row("a frame too long for thousandths", 90000, 4294968, 1, -2, 0.021);
-    row("the longest that has thousandths", 90000, 4294967, 1, -2, 0.021);
     row("a large time scale", 4294967295, 171798692, 1, -2, 25);
     row("no samples, an edit", 24000, 5, 0, 1000, 24);
     row("no samples, an empty edit", 24000, 5, 0, -1, 0);
@@ -152,10 +149,7 @@ void tst_MovFileReader::theFrameRateFollowsItsRule()
 
 void tst_MovFileReader::theMakerIsTold_data()
 {
-    const auto addRow = columns<QByteArray, QByteArray, QString>("name", "userData", "maker");
-    const auto row = [&addRow](const char *what, const char *name, const Box &child, bool maker) {
-        addRow(what, name, Box("udta").child(child).bytes(), QString::number(maker));
-    };
+    const auto row = columns<QByteArray, QByteArray, bool>("name", "userData", "maker");
     const Box none("free");
     row("by the name of track 0", "A Tavro Camera", none, true);
     row("another name", "tavro", none, false);
@@ -177,11 +171,12 @@ void tst_MovFileReader::theMakerIsTold()
 {
     QFETCH(QByteArray, name);
     QFETCH(QByteArray, userData);
+    QFETCH(bool, maker);
     TestTrack track;
     track.name = name;
     MovFileReader reader;
-    QCOMPARE(reader.Open(FileOf(Box("moov").child(track.box()).raw(userData).bytes())), 0u);
-    QTEST(answer(reader, &MovFileReader::IsTavroFile), "maker");
+    QCOMPARE(reader.Open(FileOf(movie({track}, {Box("udta").raw(userData)}))), 0u);
+    QCOMPARE(answer(reader, &MovFileReader::IsTavroFile), QString::number(maker));
     track.name.clear();
     QCOMPARE(reader.Open(FileOf(movieFile(movie({track})))), 0u);
     QCOMPARE(answer(reader, &MovFileReader::IsTavroFile), "0x4000a");
@@ -234,8 +229,8 @@ void tst_MovFileReader::anotherFileReplacesTheFirst()
     QVERIFY(reader.Movie().tracks.empty() && reader.Movie().header.duration == 0);
 
     MovieAtom atom; // reads anew without a reader too
-    QCOMPARE(atom.Read(*ExactBuffer(movie().bytes())), MovAtom::ERROR_OKAY);
-    QCOMPARE(atom.Read(*ExactBuffer(second.bytes())), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.Read(*ExactBuffer(movie())), MovAtom::ERROR_OKAY);
+    QCOMPARE(atom.Read(*ExactBuffer(second)), MovAtom::ERROR_OKAY);
     QCOMPARE(atom.header.duration, 0u);
 }
 
@@ -285,11 +280,8 @@ void tst_MovFileReader::aTrackThatWasAddedIsReadBack()
     QCOMPARE(movie.AddSoundTrack(sound), MovAtom::ERROR_OKAY);
     QCOMPARE(movie.header.nextTrackId, 3u);
 
-    ExactBuffer buffer(QByteArray(int(movie.GetSize()), '\0'));
-    QCOMPARE(movie.Write(*buffer), MovAtom::ERROR_OKAY);
-    QCOMPARE(buffer->BytesLeft(), uint64_t(0));
     MovFileReader reader;
-    QCOMPARE(reader.Open(FileOf(buffer.bytes())), 0u);
+    QCOMPARE(reader.Open(FileOf(written(movie))), 0u);
     uint32_t width = 0;
     uint32_t height = 0;
     QCOMPARE(reader.GetFrameSize(&width, &height), 0u);
