@@ -202,7 +202,8 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
     const bool kept = node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
         && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
         && m_state == m_painted;
-    if (!(m_state.uniforms == m_painted.uniforms))
+    // While a film opens there is nothing to turn, and its decoder needs the processors.
+    if (m_state.textureId > 0 && !(m_state.uniforms == m_painted.uniforms))
         m_sinceTurn.start();
     m_pacer->setRestless(m_state.overlay
                          || (m_sinceTurn.isValid() && !m_sinceTurn.hasExpired(kTurnMs)));
