@@ -18,6 +18,11 @@ namespace {
 constexpr int kPollMs = 40;
 constexpr int kNobody = 65534;
 
+WId activeWindow()
+{
+    return runTool("xdotool", {"getactivewindow"}).toULongLong();
+}
+
 /// Asks until the answer is yes or patience is at its end.
 bool poll(const std::function<bool()> &condition)
 {
@@ -67,8 +72,7 @@ PlayerProcess::PlayerProcess(const PlayerStart &start)
     if (!start.directory.isEmpty())
         m_process.setWorkingDirectory(start.directory);
 
-    QStringList command{TAVRO_PLAYER};
-    command += start.arguments;
+    QStringList command = QStringList{TAVRO_PLAYER} + start.arguments;
     if (start.asNobody) {
         runTool("chown", {"-R", QString::number(kNobody), m_configHome});
         const QString id = QString::number(kNobody);
@@ -162,10 +166,17 @@ WId PlayerProcess::dialog()
                 result = id;
         }
         // Keys reach the dialog once it has the focus.
-        return result != 0
-            && runTool("xdotool", {"getactivewindow"}).toULongLong() == qulonglong(result);
+        return result != 0 && activeWindow() == result;
     });
     return result;
+}
+
+bool PlayerProcess::dismissDialog()
+{
+    if (dialog() == 0)
+        return false;
+    keys({"Return"});
+    return poll([this] { return activeWindow() == window(); });
 }
 
 QString PlayerProcess::title()
@@ -274,6 +285,23 @@ void PlayerProcess::drag(QPoint from, QPoint way)
 void PlayerProcess::terminate(int signal)
 {
     ::kill(pid_t(m_process.processId()), signal);
+}
+
+void PlayerProcess::resize(QSize size)
+{
+    runTool("xdotool",
+            {"windowsize", "--sync", QString::number(window()), QString::number(size.width()),
+             QString::number(size.height())});
+}
+
+void PlayerProcess::end(const QString &way)
+{
+    if (way == "window closed")
+        runTool("wmctrl", {"-i", "-c", QString::number(window())});
+    else if (way == "Ctrl+Q")
+        keys({"ctrl+q"});
+    else
+        terminate(way == "SIGINT" ? SIGINT : SIGTERM);
 }
 
 int PlayerProcess::waitForEnd()

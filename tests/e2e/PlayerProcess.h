@@ -16,12 +16,12 @@
 /// 640x480 unless `settings` say otherwise.
 struct PlayerStart
 {
-    QStringList arguments;
+    QStringList arguments = {};
     /// Lines below [application] of the settings file, such as "output\\projection=1".
-    QByteArrayList settings;
-    QStringList environment; ///< NAME=value
-    QString directory; ///< where it is started; empty: where the test runs
-    QString configHome; ///< settings of another run; empty: fresh ones
+    QByteArrayList settings = {};
+    QStringList environment = {}; ///< NAME=value
+    QString directory = {}; ///< where it is started; empty: where the test runs
+    QString configHome = {}; ///< settings of another run; empty: fresh ones
     bool asNobody = false; ///< as a user who may not read everything; for a test run by root
 };
 
@@ -42,6 +42,8 @@ public:
     WId window();
     /// The dialog's X window, waiting for it; 0 if none comes.
     WId dialog();
+    /// Answers the dialog and waits until the main window has the focus again.
+    bool dismissDialog();
     /// True while the program has a window, without waiting for one.
     bool hasWindow() const;
     QString title();
@@ -67,13 +69,15 @@ public:
     /// Presses at a point of the window, moves the pointer by so much and lets go.
     void drag(QPoint from, QPoint way);
 
+    void resize(QSize size);
+
     void terminate(int signal);
+    /// Ends the program as its user does: "window closed", "Ctrl+Q", or the name of a signal.
+    void end(const QString &way);
     /// The exit code when the process has ended by itself; -1 if it does not, or crashed.
     int waitForEnd();
     /// What stands on the standard error beside the log: should be empty.
     QString noise();
-
-    QString configHome() const { return m_configHome; }
 
     static QString settingsFile(const QString &configHome);
 

@@ -21,262 +21,221 @@ class TestVideo : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void showsTheClip_data();
-    void showsTheClip();
-    void showsTheFirstPartOfATruncatedClip();
-    void walksFromVideosToPictures();
-    void tellsOnceWhatCannotBePlayed_data();
-    void tellsOnceWhatCannotBePlayed();
-    void savesTheSourcesResolution();
-    void endsAtEveryMoment_data();
-    void endsAtEveryMoment();
-    void endsInSpiteOfASilentServer();
+
+    void initTestCase()
+    {
+        QVERIFY(makeStill("sphere.mp4", sphere({512, 256}), 4));
+        QVERIFY(makeStill("bars.mp4", "-f lavfi -i smptebars=s=512x256:r=25", 4));
+    }
+
+    void showsTheClip_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("loop");
+        QTest::newRow("a sphere") << "sphere.mp4"
+                                  << "QSG_RENDER_LOOP=basic";
+        QTest::newRow("in the other loop") << "sphere.mp4"
+                                           << "QSG_RENDER_LOOP=threaded";
+        QTest::newRow("colour bars") << "bars.mp4"
+                                     << "QSG_RENDER_LOOP=basic";
+    }
+
+    void showsTheClip()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, loop);
+        PlayerProcess player(PlayerStart{{m_clips.path(name)}, {}, {loop}});
+        VERIFY_PICTURE(player.waitForPicture({}, decoded(name), 4));
+        QCOMPARE(player.noise(), QString());
+    }
+
+    // The index stands first, so what there is of the clip can be read.
+    void showsTheFirstPartOfATruncatedClip()
+    {
+        QVERIFY(m_clips.make("whole.mp4",
+                             sphere({512, 256}) + " -t 3 -g 5 -movflags +faststart" + kH264));
+        const QByteArray whole = m_clips.read("whole.mp4");
+        QVERIFY(m_clips.write("half.mp4", whole.left(whole.size() / 2)));
+        PlayerProcess player(PlayerStart{{m_clips.path("half.mp4")}, {"general\\loopMode=0"}});
+        VERIFY_PICTURE(player.waitForPicture({}, decoded("whole.mp4"), 8));
+        // Its end is that of any clip: the program goes back to where it began, and complains of
+        // nothing.
+        QVERIFY(player.waitForTitle("Tavro VR Player"));
+        QCOMPARE(player.noise(), QString());
+    }
+
+    void walksFromVideosToPictures()
+    {
+        const QRgb green = qRgb(30, 180, 50);
+        QImage picture(64, 32, QImage::Format_RGB32);
+        picture.fill(green);
+        QVERIFY(picture.save(m_clips.path("green.png")));
+        QVERIFY(makeStill("red.mp4", "-f lavfi -i color=red:s=320x160:r=25", 2));
+        QVERIFY(makeStill("blue.mp4", "-f lavfi -i color=blue:s=640x320:r=25", 2));
+        PlayerProcess player(PlayerStart{
+            {m_clips.path("red.mp4"), m_clips.path("green.png"), m_clips.path("blue.mp4")},
+            {"playlist\\imageDisplayDuration=1"}});
+        // By themselves, in a circle.
+        for (const QRgb colour : {qRgb(254, 0, 0), green, qRgb(0, 0, 254), qRgb(254, 0, 0)})
+            QVERIFY(player.waitForColour(colour));
+        // And by hand, in the middle of a clip.
+        player.keys({"alt+Right"});
+        QVERIFY(player.waitForColour(green));
+        player.keys({"alt+Left"});
+        QVERIFY(player.waitForColour(qRgb(254, 0, 0)));
+        QCOMPARE(player.noise(), QString());
+    }
+
+    void tellsOnceWhatCannotBePlayed_data()
+    {
+        QTest::addColumn<QString>("medium"); // empty: one that vanishes while it plays
+        QTest::addColumn<QString>("message");
+        QVERIFY(m_clips.write("noise.mp4", QByteArray("no clip at all ").repeated(2000)));
+        QTest::newRow("a file that vanishes") << QString() << "Unknown Error";
+        QTest::newRow("a file without a medium in it")
+            << m_clips.path("noise.mp4") << "Unknown Error";
+        for (const char *address :
+             {"http://127.0.0.1:9/a.mp4", "https://127.0.0.1:9/a.m3u8", "rtsp://127.0.0.1:9/a"}) {
+            const QString url = address;
+            QTest::newRow(address) << url
+                                   << QString(
+                                          "Unknown Error: the stream %1 does not answer, or this "
+                                          "system's libvlc cannot play %2.")
+                                          .arg(url, QUrl(url).scheme());
+        }
+    }
+
+    // Once, however often a loop would open it; what is opened next is shown.
+    void tellsOnceWhatCannotBePlayed()
+    {
+        QFETCH(QString, medium);
+        QFETCH(QString, message);
+        const bool vanishes = medium.isEmpty();
+        if (vanishes) {
+            medium = m_clips.path("vanishing.mp4");
+            QVERIFY(makeStill("short.mp4", sphere({512, 256}), 1));
+            QVERIFY(m_clips.write("vanishing.mp4", m_clips.read("short.mp4")));
+        }
+        PlayerProcess player(PlayerStart{{medium}, {"general\\loopMode=2"}});
+        if (vanishes) {
+            QVERIFY(player.waitForLog("video: first picture"));
+            QVERIFY(QFile::remove(medium));
+        }
+        QString told;
+        QVERIFY(player.waitForLog("told the user: ", &told));
+        QCOMPARE(told, message);
+        QVERIFY(player.dismissDialog());
+        QVERIFY(player.openByDialog(m_clips.path("sphere.mp4")));
+        QString opened;
+        QVERIFY(player.waitForLog("video: opening", &opened));
+        QVERIFY2(opened.contains("sphere.mp4"), qPrintable(opened));
+        VERIFY_PICTURE(player.waitForPicture({}, decoded("sphere.mp4"), 8));
+    }
+
+    void savesTheSourcesResolution()
+    {
+        QVERIFY(m_clips.make("8k.mp4", sphere({7680, 3840}).replace("25", "4") + " -t 3" + kH264));
+        QTemporaryDir pictures;
+        PlayerProcess player(PlayerStart{{m_clips.path("8k.mp4")},
+                                         {"general\\loopMode=2", "output\\projection=1",
+                                          "general\\printSavePath=" + pictures.path().toUtf8()}});
+        QVERIFY(player.waitForLog("first panorama frame"));
+        player.keys({"ctrl+alt+p"});
+        const QDir folder(pictures.path());
+        QString saved;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !(saved = folder.entryList({"VXSNP_render_*.png"}).value(0)).isEmpty(),
+            PlayerProcess::kPatienceMs);
+        player.terminate(SIGTERM); // which waits for what is being written
+        QCOMPARE(player.waitForEnd(), 0);
+
+        PanoramaScene scene;
+        scene.item = {2560, 1920}; // a quarter of the source's width for 90 degrees, at 4 to 3
+        scene.projection = VxShaderCodeBuilder::RECTILINEAR;
+        const QImage snapshot(folder.filePath(saved));
+        QCOMPARE(snapshot.size(), scene.item);
+        VERIFY_PICTURE(PanoramaReference::compare(
+            snapshot, PanoramaReference::render(scene, decoded("8k.mp4"))));
+    }
+
+    void endsAtEveryMoment_data()
+    {
+        QTest::addColumn<QString>("moment");
+        QTest::addColumn<QString>("way");
+        for (const char *moment : {"opening", "playing", "paused", "at the end"}) {
+            for (const char *way : {"window closed", "Ctrl+Q", "SIGTERM"})
+                QTest::addRow("%s, %s", way, moment) << QString(moment) << QString(way);
+        }
+    }
+
+    void endsAtEveryMoment()
+    {
+        QFETCH(QString, moment);
+        QFETCH(QString, way);
+        QVERIFY(makeStill("instant.mp4", sphere({512, 256}), 0.2));
+        const QString clip = moment == "at the end" ? "instant.mp4" : "sphere.mp4";
+        // A clip that has ended begins again at once, and so stands between its end and its
+        // beginning.
+        PlayerProcess player(PlayerStart{{m_clips.path(clip)}, {"general\\loopMode=2"}});
+        QVERIFY(player.waitForLog("video: opening"));
+        if (moment != "opening" || way == "Ctrl+Q")
+            QVERIFY(player.window() != 0);
+        if (moment != "opening")
+            QVERIFY(player.waitForLog("video: first picture"));
+        if (moment == "paused") {
+            player.keys({"space"});
+            QTest::qWait(200);
+        } else if (moment == "at the end") {
+            QVERIFY(player.waitForLog("video: opening"));
+        }
+
+        player.end(way);
+        QCOMPARE(player.waitForEnd(), 0);
+        QCOMPARE(player.noise(), QString());
+    }
+
+    // libvlc waits 5 seconds for its first word, which nothing interrupts.
+    void endsInSpiteOfASilentServer()
+    {
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        PlayerProcess player(
+            PlayerStart{{QString("rtsp://127.0.0.1:%1/a").arg(server.serverPort())}});
+        QVERIFY(server.waitForNewConnection(PlayerProcess::kPatienceMs));
+        QVERIFY(player.window() != 0);
+        QElapsedTimer elapsed;
+        elapsed.start();
+        player.terminate(SIGTERM);
+        QVERIFY(player.waitForLog("video: left a player"));
+        QCOMPARE(player.waitForEnd(), 0);
+        QVERIFY2(elapsed.elapsed() < 3000, qPrintable(QString::number(elapsed.elapsed())));
+        QCOMPARE(player.noise(), QString());
+    }
 
 private:
+    QString sphere(QSize size)
+    {
+        const QString name = m_clips.path(QString("sphere%1.png").arg(size.width()));
+        PanoramaReference::testPanorama(size).save(name);
+        return "-framerate 25 -loop 1 -i " + name;
+    }
+
     /// A clip that stands still, whose picture is `input` to ffmpeg.
-    bool makeStill(const QString &name, const QString &input, double seconds);
+    bool makeStill(const QString &name, const QString &input, double seconds)
+    {
+        return m_clips.make(name, QString("%1 -t %2%3").arg(input).arg(seconds).arg(kH264));
+    }
+
     /// Its picture in ffmpeg's own colours.
-    QImage decoded(const QString &name);
-    QString sphere(QSize size);
+    QImage decoded(const QString &name)
+    {
+        const QString picture = name + ".png";
+        m_clips.make(picture, "-ss 0.12 -i %1/" + name + " -frames:v 1");
+        return QImage(m_clips.path(picture));
+    }
 
     Clips m_clips;
 };
-
-void TestVideo::initTestCase()
-{
-    QVERIFY(makeStill("sphere.mp4", sphere({512, 256}), 4));
-}
-
-QString TestVideo::sphere(QSize size)
-{
-    const QString name = m_clips.path(QString("sphere%1.png").arg(size.width()));
-    PanoramaReference::testPanorama(size).save(name);
-    return "-framerate 25 -loop 1 -i " + name;
-}
-
-bool TestVideo::makeStill(const QString &name, const QString &input, double seconds)
-{
-    return m_clips.make(name, QString("%1 -t %2%3").arg(input).arg(seconds).arg(kH264));
-}
-
-QImage TestVideo::decoded(const QString &name)
-{
-    const QString picture = name + ".png";
-    m_clips.make(picture, "-ss 0.12 -i %1/" + name + " -frames:v 1");
-    return QImage(m_clips.path(picture));
-}
-
-void TestVideo::showsTheClip_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("input");
-    QTest::addColumn<QString>("loop");
-    for (const char *loop : {"basic", "threaded"}) {
-        QTest::addRow("a sphere, %s render loop", loop)
-            << "sphere.mp4" << QString() << QString("QSG_RENDER_LOOP=%1").arg(loop);
-    }
-    QTest::newRow("colour bars") << "bars.mp4"
-                                 << "-f lavfi -i smptebars=s=512x256:r=25"
-                                 << "QSG_RENDER_LOOP=basic";
-}
-
-void TestVideo::showsTheClip()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, input);
-    QFETCH(QString, loop);
-    QVERIFY(input.isEmpty() || makeStill(name, input, 4));
-    PlayerStart start;
-    start.arguments = QStringList{m_clips.path(name)};
-    start.environment = QStringList{loop};
-    PlayerProcess player(start);
-    VERIFY_PICTURE(player.waitForPicture({}, decoded(name), 4));
-    QCOMPARE(player.noise(), QString());
-}
-
-// The index stands first, so what there is of the clip can be read.
-void TestVideo::showsTheFirstPartOfATruncatedClip()
-{
-    QVERIFY(
-        m_clips.make("whole.mp4", sphere({512, 256}) + " -t 3 -g 5 -movflags +faststart" + kH264));
-    const QByteArray whole = m_clips.read("whole.mp4");
-    QVERIFY(m_clips.write("half.mp4", whole.left(whole.size() / 2)));
-    PlayerStart start;
-    start.arguments = QStringList{m_clips.path("half.mp4")};
-    start.settings = {"general\\loopMode=0"};
-    PlayerProcess player(start);
-    VERIFY_PICTURE(player.waitForPicture({}, decoded("whole.mp4"), 8));
-    // Its end is that of any clip: the program goes back to where it began, and complains of
-    // nothing.
-    QVERIFY(player.waitForTitle("Tavro VR Player"));
-    QCOMPARE(player.noise(), QString());
-}
-
-void TestVideo::walksFromVideosToPictures()
-{
-    const QRgb green = qRgb(30, 180, 50);
-    QImage picture(64, 32, QImage::Format_RGB32);
-    picture.fill(green);
-    QVERIFY(picture.save(m_clips.path("green.png")));
-    QVERIFY(makeStill("red.mp4", "-f lavfi -i color=red:s=320x160:r=25", 2));
-    QVERIFY(makeStill("blue.mp4", "-f lavfi -i color=blue:s=640x320:r=25", 2));
-    PlayerStart start;
-    for (const char *name : {"red.mp4", "green.png", "blue.mp4"})
-        start.arguments.append(m_clips.path(name));
-    start.settings = {"playlist\\imageDisplayDuration=1"};
-    PlayerProcess player(start);
-    // By themselves, in a circle.
-    for (const QRgb colour : {qRgb(254, 0, 0), green, qRgb(0, 0, 254), qRgb(254, 0, 0)})
-        QVERIFY(player.waitForColour(colour));
-    // And by hand, in the middle of a clip.
-    player.keys({"alt+Right"});
-    QVERIFY(player.waitForColour(green));
-    player.keys({"alt+Left"});
-    QVERIFY(player.waitForColour(qRgb(254, 0, 0)));
-    QCOMPARE(player.noise(), QString());
-}
-
-void TestVideo::tellsOnceWhatCannotBePlayed_data()
-{
-    QTest::addColumn<QString>("medium"); // empty: one that vanishes while it plays
-    QTest::addColumn<QString>("message");
-    QVERIFY(m_clips.write("noise.mp4", QByteArray("no clip at all ").repeated(2000)));
-    QTest::newRow("a file that vanishes") << QString() << "Unknown Error";
-    QTest::newRow("a file without a medium in it") << m_clips.path("noise.mp4") << "Unknown Error";
-    for (const char *address :
-         {"http://127.0.0.1:9/a.mp4", "https://127.0.0.1:9/a.m3u8", "rtsp://127.0.0.1:9/a"}) {
-        const QString url = address;
-        QTest::newRow(address) << url
-                               << QString(
-                                      "Unknown Error: the stream %1 does not answer, or this "
-                                      "system's libvlc cannot play %2.")
-                                      .arg(url, QUrl(url).scheme());
-    }
-}
-
-// Once, however often a loop would open it; what is opened next is shown.
-void TestVideo::tellsOnceWhatCannotBePlayed()
-{
-    QFETCH(QString, medium);
-    QFETCH(QString, message);
-    const bool vanishes = medium.isEmpty();
-    if (vanishes) {
-        medium = m_clips.path("vanishing.mp4");
-        QVERIFY(makeStill("short.mp4", sphere({512, 256}), 1));
-        QVERIFY(m_clips.write("vanishing.mp4", m_clips.read("short.mp4")));
-    }
-    PlayerStart start;
-    start.arguments = QStringList{medium};
-    start.settings = {"general\\loopMode=2"};
-    PlayerProcess player(start);
-    if (vanishes) {
-        QVERIFY(player.waitForLog("video: first picture"));
-        QVERIFY(QFile::remove(medium));
-    }
-    QString told;
-    QVERIFY(player.waitForLog("told the user: ", &told));
-    QCOMPARE(told, message);
-    QVERIFY(player.dialog() != 0);
-    player.keys({"Return"});
-    QTRY_COMPARE_WITH_TIMEOUT(runTool("xdotool", {"getactivewindow"}).toULongLong(),
-                              qulonglong(player.window()), PlayerProcess::kPatienceMs);
-    QVERIFY(player.openByDialog(m_clips.path("sphere.mp4")));
-    QString opened;
-    QVERIFY(player.waitForLog("video: opening", &opened));
-    QVERIFY2(opened.contains("sphere.mp4"), qPrintable(opened));
-    VERIFY_PICTURE(player.waitForPicture({}, decoded("sphere.mp4"), 8));
-}
-
-void TestVideo::savesTheSourcesResolution()
-{
-    QVERIFY(m_clips.make("8k.mp4", sphere({7680, 3840}).replace("25", "4") + " -t 3" + kH264));
-    QTemporaryDir pictures;
-    PlayerStart start;
-    start.arguments = QStringList{m_clips.path("8k.mp4")};
-    start.settings = {"general\\loopMode=2", "output\\projection=1",
-                      "general\\printSavePath=" + pictures.path().toUtf8()};
-    PlayerProcess player(start);
-    QVERIFY(player.waitForLog("first panorama frame"));
-    player.keys({"ctrl+alt+p"});
-    const QDir folder(pictures.path());
-    QString saved;
-    QTRY_VERIFY_WITH_TIMEOUT(!(saved = folder.entryList({"VXSNP_render_*.png"}).value(0)).isEmpty(),
-                             PlayerProcess::kPatienceMs);
-    player.terminate(SIGTERM); // which waits for what is being written
-    QCOMPARE(player.waitForEnd(), 0);
-
-    PanoramaScene scene;
-    scene.item = {2560, 1920}; // a quarter of the source's width for 90 degrees, at 4 to 3
-    scene.projection = VxShaderCodeBuilder::RECTILINEAR;
-    const QImage snapshot(folder.filePath(saved));
-    QCOMPARE(snapshot.size(), scene.item);
-    const PanoramaReference::Comparison result = PanoramaReference::compare(
-        snapshot, PanoramaReference::render(scene, decoded("8k.mp4")), 8);
-    QVERIFY2(result.share >= 0.99, qPrintable(QString("%1 of the pixels").arg(result.share)));
-}
-
-void TestVideo::endsAtEveryMoment_data()
-{
-    QTest::addColumn<QString>("moment");
-    QTest::addColumn<QString>("way");
-    for (const char *moment : {"opening", "playing", "paused", "at the end"}) {
-        for (const char *way : {"window closed", "Ctrl+Q", "SIGTERM"})
-            QTest::addRow("%s, %s", way, moment) << QString(moment) << QString(way);
-    }
-}
-
-void TestVideo::endsAtEveryMoment()
-{
-    QFETCH(QString, moment);
-    QFETCH(QString, way);
-    QVERIFY(makeStill("instant.mp4", sphere({512, 256}), 0.2));
-    PlayerStart start;
-    start.arguments =
-        QStringList{m_clips.path(moment == "at the end" ? "instant.mp4" : "sphere.mp4")};
-    // A clip that has ended begins again at once, and so stands between its end and its beginning.
-    start.settings = {"general\\loopMode=2"};
-    PlayerProcess player(start);
-    QVERIFY(player.waitForLog("video: opening"));
-    if (moment != "opening" || way == "Ctrl+Q")
-        QVERIFY(player.window() != 0);
-    if (moment != "opening")
-        QVERIFY(player.waitForLog("video: first picture"));
-    if (moment == "paused") {
-        player.keys({"space"});
-        QTest::qWait(200);
-    } else if (moment == "at the end") {
-        QVERIFY(player.waitForLog("video: opening"));
-    }
-
-    if (way == "window closed")
-        runTool("wmctrl", {"-i", "-c", QString::number(player.window())});
-    else if (way == "Ctrl+Q")
-        player.keys({"ctrl+q"});
-    else
-        player.terminate(SIGTERM);
-    QCOMPARE(player.waitForEnd(), 0);
-    QCOMPARE(player.noise(), QString());
-}
-
-// libvlc waits 5 seconds for its first word, which nothing interrupts.
-void TestVideo::endsInSpiteOfASilentServer()
-{
-    QTcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    PlayerStart start;
-    start.arguments = QStringList{QString("rtsp://127.0.0.1:%1/a").arg(server.serverPort())};
-    PlayerProcess player(start);
-    QVERIFY(server.waitForNewConnection(PlayerProcess::kPatienceMs));
-    QVERIFY(player.window() != 0);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    player.terminate(SIGTERM);
-    QVERIFY(player.waitForLog("video: left a player"));
-    QCOMPARE(player.waitForEnd(), 0);
-    QVERIFY2(elapsed.elapsed() < 3000, qPrintable(QString::number(elapsed.elapsed())));
-    QCOMPARE(player.noise(), QString());
-}
 
 QTEST_MAIN(TestVideo)
 #include "tst_video.moc"
