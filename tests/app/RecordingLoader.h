@@ -9,16 +9,6 @@
 #include <QUrl>
 #include <QVariantMap>
 
-/// A player that only carries what was read about its medium.
-class RecordingPlayer : public QObject
-{
-    Q_OBJECT
-    Q_PROPERTY(QVariantMap fileMetadata MEMBER fileMetadata)
-
-public:
-    QVariantMap fileMetadata;
-};
-
 class RecordingLoader : public QObject
 {
     Q_OBJECT
@@ -31,14 +21,12 @@ public:
         QUrl url;
         QString error;
         bool dragAndDrop = false;
-        bool clearPlaylist = false;
     };
 
-    Q_INVOKABLE void processFileSource(const QVariant &source, const QVariant &clearPlaylist,
+    Q_INVOKABLE void processFileSource(const QVariant &source, const QVariant &,
                                        const QVariant &error, const QVariant &dragAndDrop)
     {
-        media.append(
-            {source.toUrl(), error.toString(), dragAndDrop.toBool(), clearPlaylist.toBool()});
+        media.append({source.toUrl(), error.toString(), dragAndDrop.toBool()});
     }
 
     Q_INVOKABLE void stop() { calls.append("stop"); }
@@ -49,9 +37,11 @@ public:
 
     QObject *mediaPlayer() { return &player; }
 
+    void setMetadata(const QVariantMap &map) { player.setProperty("fileMetadata", map); }
+
     QList<Medium> media;
     QStringList calls;
-    RecordingPlayer player;
+    QObject player; // carries what was read about its medium
 };
 
 /// A controller that opens its media in a loader that only notes them.

@@ -1,25 +1,28 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The interface's files among the real objects that they use: each loads without a warning, and
-// the media loader says what is wrong with a medium.
+// The main window, and the interface's files among the real objects that they use.
+#include "RecordingLoader.h"
 #include "app/VxDropArea.h"
 #include "app/VxQQuickView.h"
 #include "render/VistrelView.h"
 #include "settings/VxSettings.h"
-#include "tests/common/FakeApplication.h"
 #include "video/VxVideoPlugin.h"
 
 #include <QDir>
+#include <QDropEvent>
 #include <QImage>
+#include <QMimeData>
 #include <QPointer>
 #include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
+#include <tuple>
 
 namespace {
 
@@ -103,17 +106,16 @@ private Q_SLOTS:
         warnings.clear();
         const QtMessageHandler previous = qInstallMessageHandler(noteWarnings);
         QVariantMap properties;
-        if (file == "Vx_VideoArea.qml" || file == "Vx_Menu.qml")
+        const bool needsArea = file == "Vx_Menu.qml" || file == "Vx_DebugInfo.qml";
+        if (needsArea || file == "Vx_VideoArea.qml")
             properties["mediaLoader"] = QVariant::fromValue(create("Vx_MediaLoader.qml"));
-        if (file == "Vx_DebugInfo.qml") {
-            QObject *loader = create("Vx_MediaLoader.qml");
-            QObject *area =
-                create("Vx_VideoArea.qml", {{"mediaLoader", QVariant::fromValue(loader)}});
-            properties["mediaPlayer"] = loader->property("mediaPlayer");
-            properties["view"] = area->property("view");
-        }
-        if (file == "Vx_Menu.qml")
+        if (needsArea)
             properties["videoArea"] = QVariant::fromValue(create("Vx_VideoArea.qml", properties));
+        if (file == "Vx_DebugInfo.qml")
+            properties = {
+                {"mediaPlayer",
+                 QVariant::fromValue(player(properties["mediaLoader"].value<QObject *>()))},
+                {"view", properties["videoArea"].value<QObject *>()->property("view")}};
         QSignalSpy frames(m_view.get(), &QQuickWindow::frameSwapped);
         QObject *object = create(file, properties);
         // What a file loads on demand, and its first bindings, come with the first frames.
@@ -132,7 +134,6 @@ private Q_SLOTS:
     {
         QObject *loader = create("Vx_MediaLoader.qml");
         QVERIFY(loader);
-        QSignalSpy states(loader, SIGNAL(changeRootState(QString)));
         const QString file = picture("Ä picture #1 100%.png");
         m_app->controller->openFile(file, true);
         const QObject *shown = player(loader);
@@ -143,8 +144,6 @@ private Q_SLOTS:
                      QSize(64, 32));
         QVERIFY(m_view->QWindow::title().startsWith("Tavro VR Player - file://"));
         QVERIFY(shown->property("logMessage").toString().startsWith("Media : file://"));
-        QCOMPARE(states.count(), 1);
-        QCOMPARE(states.first(), QVariantList{"Video"});
 
         // The time of the slide show runs while the picture plays.
         const QTimer *slideShow = m_app->timer(false);
@@ -164,39 +163,101 @@ private Q_SLOTS:
         QCOMPARE(m_view->QWindow::title(), QString("Tavro VR Player"));
     }
 
-    // By each of the roads on which a medium fails: its suffix, its playlist, its look.
-    void saysWhatIsWrong()
+    void failureEmptiesTheView()
     {
         QObject *loader = create("Vx_MediaLoader.qml");
         QVERIFY(loader);
-        const QObject *shown = player(loader);
-        const std::pair<const char *, const char *> rows[] = {
-            {"letter.txt", "The file format is not supported."},
-            {"list.vspl", "Error : cannot open file .vspl"},
-            {"missing.jpg", "An error occurred while loading the image"},
-        };
-        for (const auto &[name, message] : rows) {
-            QSignalSpy messages(loader, SIGNAL(displayMessage(QString)));
-            m_app->controller->openFile(picture("good.png"));
-            QTRY_VERIFY(m_app->provider->textureId() > 0);
-            m_app->controller->openFile(m_folder.filePath(name));
-            QTRY_COMPARE(messages.count(), 1);
-            QCOMPARE(messages.first().first().toString(), QString(message));
-            QCOMPARE(shown->property("mediaSource").toUrl(), QUrl());
-            QCOMPARE(shown->property("errorString").toString(), QString(message));
-            QCOMPARE(m_app->provider->textureId(), 0);
-            QTRY_COMPARE(shown->property("playerStatus").toInt(), kNoMedia);
+        QSignalSpy messages(loader, SIGNAL(displayMessage(QString)));
+        m_app->controller->openFile(picture("good.png"));
+        QTRY_VERIFY(m_app->provider->textureId() > 0);
+        m_app->controller->openFile("/missing.jpg");
+        QTRY_COMPARE(messages.count(), 1);
+        const QString message = "An error occurred while loading the image";
+        QCOMPARE(messages.first().first().toString(), message);
+        QCOMPARE(player(loader)->property("errorString").toString(), message);
+        QCOMPARE(player(loader)->property("mediaSource").toUrl(), QUrl());
+        QCOMPARE(m_app->provider->textureId(), 0);
+    }
 
-            m_app->controller->openFile(picture("good.png"));
-            QTRY_VERIFY(m_app->provider->textureId() > 0);
-            QCOMPARE(messages.count(), 1);
-            QCOMPARE(shown->property("errorString").toString(), QString());
+    void catchesWhatIsDropped()
+    {
+        QObject *root = create("main_newui.qml");
+        QVERIFY(root);
+        auto *area = root->findChild<VxDropArea *>();
+        QSignalSpy changed(area, &VxDropArea::filePathListChanged);
+        QMimeData data;
+        data.setText("a.jpg");
+        QDragEnterEvent enter({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(m_view.get(), &enter);
+        QVERIFY(!enter.isAccepted());
+        const QList<QUrl> urls{QUrl("file:///a%20%23.jpg"), QUrl("file:///b.jpg")};
+        data.setUrls(urls);
+        for (int times = 1; times <= 2; ++times) { // the same files again count again
+            QDragMoveEvent move({60, 60}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QDropEvent drop({60, 60}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            for (QDropEvent *event : std::initializer_list<QDropEvent *>{&enter, &move, &drop}) {
+                event->ignore();
+                QCoreApplication::sendEvent(m_view.get(), event);
+                QVERIFY(event->isAccepted());
+            }
+            QCOMPARE(m_app->controller->getPlayList(), urls);
+            QCOMPARE(changed.count(), times);
+        }
+        area->setFilePathList(area->filePathList());
+        QCOMPARE(changed.count(), 2);
+    }
+
+    void tellsOfItselfAndTheGpu()
+    {
+        VxQQuickView view(m_app.get());
+        QCOMPARE(view.title(), QString("Tavro VR Player 64bits 2.3.1"));
+        QCOMPARE(view.gpuInfo(), QString("Cannot get GPU version"));
+        QVERIFY(!view.maxTextureSize().isValid());
+        QSignalSpy infos(&view, &VxQQuickView::gpuInfoChanged);
+        QSignalSpy frames(&view, &QQuickWindow::frameSwapped);
+        view.show();
+        for (int frame = 1; frame <= 3; ++frame) {
+            QTRY_VERIFY(frames.count() >= frame);
+            view.update();
+        }
+        const int side = view.maxTextureSize().width();
+        QVERIFY(side >= 1024 && view.maxTextureSize().height() == side);
+        const QRegularExpression text(
+            QString("^Renderer : .+ \nOpenGL Version : \\d.+ \nMaximum texture size : %1\n$")
+                .arg(side));
+        QVERIFY2(text.match(view.gpuInfo()).hasMatch(), qPrintable(view.gpuInfo()));
+        QCOMPARE(infos.count(), 1);
+        QVERIFY(view.fps() >= 1 && view.fps() <= 3); // from the first frame on
+    }
+
+    void closeAsksTheController()
+    {
+        RecordingLoader loader;
+        m_app->controller->setMediaLoader(&loader);
+        QTimer::singleShot(0, m_view.get(), &QWindow::close);
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(loader.calls, QStringList{"destroyVideoPlayer"});
+        QVERIFY(m_view->isVisible());
+    }
+
+    void mouseMoves()
+    {
+        const std::tuple<QPointF, Qt::MouseEventSource, QVariantList> rows[] = {
+            {{10.5, -2.5}, Qt::MouseEventNotSynthesized, {11, -3}},
+            {{10.4, -2.4}, Qt::MouseEventSynthesizedByQt, {10, -2}},
+            {{10, 20}, Qt::MouseEventSynthesizedBySystem, {}}, // a touch
+        };
+        for (const auto &[position, source, told] : rows) {
+            QSignalSpy moves(m_view.get(), &VxQQuickView::mouseMoved);
+            QMouseEvent event(QEvent::MouseMove, position, position, position, Qt::NoButton,
+                              Qt::NoButton, Qt::NoModifier, source);
+            QCoreApplication::sendEvent(m_view.get(), &event);
+            QCOMPARE(moves.value(0), told);
         }
     }
 
 private:
     /// Makes an object of one of the interface's files; items stand in the window.
-
     QObject *create(const QString &file, const QVariantMap &properties = {})
     {
         QQmlComponent component(m_view->engine(), QUrl("qrc:/qml/" + file));
