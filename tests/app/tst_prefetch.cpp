@@ -35,33 +35,28 @@ private Q_SLOTS:
     void givesTheSamePicture_data()
     {
         QTest::addColumn<QImage::Format>("format");
-        QTest::addColumn<bool>("progressive");
-        QTest::addColumn<int>("turned");
-        QTest::addColumn<bool>("isDecodedHere");
-        QTest::newRow("a.jpg") << QImage::Format_RGB32 << false << 0 << true;
-        QTest::newRow("progressive.JPEG") << QImage::Format_RGB32 << true << 0 << true;
-        QTest::newRow("grey.jpg") << QImage::Format_Grayscale8 << false << 0 << true;
-        QTest::newRow("on its side.jpg") << QImage::Format_RGB32 << false << 90 << true;
-        QTest::newRow("a.png") << QImage::Format_RGB32 << false << 0 << false;
+        for (const char *file : {"a.jpg", "progressive.JPEG", "on its side.jpg", "a.png"})
+            QTest::newRow(file) << QImage::Format_RGB32;
+        QTest::newRow("grey.jpg") << QImage::Format_Grayscale8;
     }
 
     void givesTheSamePicture()
     {
         QFETCH(QImage::Format, format);
-        QFETCH(bool, progressive);
-        QFETCH(int, turned);
-        const QString path = m_folder.filePath(QTest::currentDataTag());
+        const QString name = QTest::currentDataTag();
+        const QString path = m_folder.filePath(name);
+        const bool isTurned = name.startsWith("on its side");
         QImageWriter writer(path);
-        writer.setProgressiveScanWrite(progressive);
-        if (turned != 0)
+        writer.setProgressiveScanWrite(name.startsWith("progressive"));
+        if (isTurned)
             writer.setTransformation(QImageIOHandler::TransformationRotate90);
         QVERIFY(writer.write(gradient(format)));
-        QTEST(!JpegDecoder::decode(QFile::encodeName(path), 200).isNull(), "isDecodedHere");
+        QCOMPARE(JpegDecoder::decode(QFile::encodeName(path), 200).isNull(), name == "a.png");
 
         QImageReader reader(path);
         reader.setAutoTransform(true);
         const QImage expected = reader.read().convertToFormat(QImage::Format_RGB32);
-        QCOMPARE(expected.width() < expected.height(), turned != 0);
+        QCOMPARE(expected.width() < expected.height(), isTurned);
         PicturePrefetch prefetch(path);
         prefetch.continueWithPlugins();
         QSize size;

@@ -11,7 +11,6 @@ namespace {
 
 const QDir kRoot(QStringLiteral(TAVRO_SOURCE_DIR));
 const QString kKeysHeader = "settings/VxSettingsKeys.h";
-const QString kKey = "[\"'`]((?:application|instance)/[^\"'`]*)[\"'`]";
 
 /// What the first group of `pattern` captures in a file of the sources, outside of its comments.
 /// What only looks like one, as in an address, may go too.
@@ -28,16 +27,18 @@ QStringList captures(const QString &path, const QString &pattern)
     return found;
 }
 
-/// The keys that the files of the given kinds below some folders spell, by file.
-QMap<QString, QStringList> spelledKeys(const QStringList &folders, const QStringList &patterns)
+/// The keys that the files of the given kinds below some folders spell, each as "FILE: KEY".
+QStringList spelledKeys(const QStringList &folders, const QStringList &patterns)
 {
-    QMap<QString, QStringList> keys;
+    QStringList keys;
     for (const QString &folder : folders) {
         QDirIterator it(kRoot.filePath(folder), patterns, QDir::Files,
                         QDirIterator::Subdirectories);
         while (it.hasNext()) {
             const QString path = kRoot.relativeFilePath(it.next());
-            keys.insert(path, captures(path, kKey));
+            for (const QString &key :
+                 captures(path, "[\"'`]((?:application|instance)/[^\"'`]*)[\"'`]"))
+                keys << path + ": " + key;
         }
     }
     return keys;
@@ -55,44 +56,31 @@ private Q_SLOTS:
     {
         VxSettings settings("keys");
         settings.load();
-        const auto inQml = spelledKeys({"qml", "QmlLib", "VxVideo"}, {"*.qml", "*.js"});
-        int count = 0;
-        for (auto file = inQml.cbegin(); file != inQml.cend(); ++file) {
-            for (const QString &key : *file) {
-                QVERIFY2(settings.get(key).isValid(), qPrintable(file.key() + ": " + key));
-                ++count;
-            }
-        }
-        QVERIFY(count > 0);
+        QStringList keys = spelledKeys({"qml", "QmlLib", "VxVideo"}, {"*.qml", "*.js"});
+        QVERIFY(!keys.isEmpty());
         const QStringList paths = captures(kKeysHeader, "TAVRO_SETTING\\(\"([^\"]+)\"\\)");
         QVERIFY(!paths.isEmpty());
-        for (const QString &path : paths) {
-            for (const char *scope : {"application/", "instance/"})
-                QVERIFY2(settings.get(scope + path).isValid(), qPrintable(scope + path));
-        }
+        for (const QString &path : paths)
+            keys << kKeysHeader + ": application/" + path << kKeysHeader + ": instance/" + path;
+        for (const QString &key : qAsConst(keys))
+            QVERIFY2(settings.get(key.section(": ", 1)).isValid(), qPrintable(key));
     }
 
     void spelledOnceInCpp()
     {
-        auto inCpp =
+        const QStringList keys =
             spelledKeys({"app", "render", "video", "devices", "image", "settings", "telemetry"},
                         {"*.h", "*.cpp"});
-        QVERIFY(inCpp.take(kKeysHeader).contains("application/videoPlugin"));
-        for (auto file = inCpp.begin(); file != inCpp.end(); ++file) {
-            file->removeAll("application/json"); // media types
-            file->removeAll("application/x-www-form-urlencoded");
-            QVERIFY2(file->isEmpty(),
-                     qPrintable("use VxSettingsKeys.h in " + file.key() + ": " + file->join(' ')));
-        }
+        QVERIFY(keys.contains(kKeysHeader + ": application/videoPlugin"));
+        const QRegularExpression mediaType(": application/(json|x-www-form-urlencoded)$");
+        for (const QString &key : keys)
+            QVERIFY2(key.startsWith(kKeysHeader) || mediaType.match(key).hasMatch(),
+                     qPrintable("use VxSettingsKeys.h in " + key));
     }
+
+private:
+    ScratchConfig m_config;
 };
 
-int main(int argc, char **argv)
-{
-    const ScratchConfig config;
-    const QCoreApplication app(argc, argv);
-    TestSettingsKeys test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TestSettingsKeys)
 #include "tst_settingskeys.moc"

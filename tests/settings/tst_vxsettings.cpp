@@ -72,7 +72,6 @@ private Q_SLOTS:
     void typesAfterReload()
     {
         const std::tuple<QString, QByteArray, QVariant> rows[] = {
-            {"hmd/hmdMode", "true", true},
             {"general/touchMode", "0", false}, // of an old hand
             {"communication/port", "8001", 8001},
             {"general/cameraMoveSteps", "45", 45.0},
@@ -102,15 +101,12 @@ private Q_SLOTS:
 
     void instanceKeyLastsForTheRun()
     {
-        const QSignalSpy changed(m_settings.get(), &VxSettings::settingsChanged);
         m_settings->set(kOutputProjection.instance, 2);
-        QCOMPARE(changed.count(), 1);
         QCOMPARE(m_settings->get(kOutputProjection.application), QVariant(0));
         QCOMPARE(m_settings->get(kOutputProjection.instance), QVariant(2));
         m_settings->set(kCommunicationPort.application, 7000);
         m_settings->save();
         m_settings.reset();
-        QVERIFY(QFile::exists(ScratchConfig::file(kApplication)));
         QCOMPARE(runOtherInstance({kOutputProjection.instance, kCommunicationPort.instance}),
                  QString("int:0\nint:7000"));
     }
@@ -120,13 +116,10 @@ private Q_SLOTS:
         QStringList seen;
         connect(m_settings.get(), &VxSettings::settingsChanged, this,
                 [&](const QString &key) { seen << key + '=' + m_settings->get(key).toString(); });
-        for (int times = 0; times < 2; ++times) { // no comparison with the value before
-            m_settings->set(kOutputProjection.application, 3);
-            QCOMPARE(
-                seen,
-                QStringList({"application/output/projection=3", "instance/output/projection=3"}));
-            seen.clear();
-        }
+        const QStringList both{"application/output/projection=3", "instance/output/projection=3"};
+        m_settings->set(kOutputProjection.application, 3);
+        m_settings->set(kOutputProjection.application, 3); // no comparison with the value before
+        QCOMPARE(seen, both + both);
     }
 
     void restartKeysTellTheirValueAtStart()
@@ -144,21 +137,14 @@ private Q_SLOTS:
         QCOMPARE(spy[1], QVariantList({"application/hmd/sdk", "openvr", "openvr"}));
     }
 
-    void unknownKeysAreIgnored()
-    {
-        const QSignalSpy changed(m_settings.get(), &VxSettings::settingsChanged);
-        for (const char *key : {"application/nothing", "instance/language", "application", ""}) {
-            m_settings->set(key, true);
-            m_settings->toggle(key);
-            m_settings->resetDefaultValue(key);
-            QVERIFY2(!m_settings->get(key).isValid(), key);
-        }
-        QCOMPARE(changed.count(), 0);
-    }
-
     void changesOfOneKind()
     {
         const QSignalSpy changed(m_settings.get(), &VxSettings::settingsChanged);
+        const QString unknown = "application/nothing";
+        m_settings->set(unknown, true);
+        m_settings->toggle(unknown);
+        m_settings->resetDefaultValue(unknown);
+        QVERIFY(!m_settings->get(unknown).isValid());
         m_settings->toggle(kCommunicationFormat.application); // the int 0
         QCOMPARE(changed.count(), 0);
         m_settings->toggle(kTouchMode.instance);
@@ -177,44 +163,34 @@ private Q_SLOTS:
 
     void sideBySide_data()
     {
-        QTest::addColumn<bool>("isFirstRun");
         QTest::addColumn<QStringList>("mine"); // changes of this instance, in order
-        QTest::addColumn<QStringList>("theirs"); // of one that starts later and ends earlier
         QTest::addColumn<QStringList>("expected"); // what the next start reads
-        const auto row = [](const char *name, const QStringList &mine, const QStringList &theirs,
-                            const QStringList &expected, bool isFirstRun = false) {
-            QTest::newRow(name) << isFirstRun << mine << theirs << expected;
-        };
         const QString width = kWindowWidth.application + '=';
         const QString volume = kVolume.application + '=';
-        const QStringList all{width + "900", kTouchMode.application + "=false",
-                              kHmdSdk.application + "=openvr"};
-        const QStringList both{volume + "0.7", width + "900"};
-        row("theirs stays when this one changes nothing", {}, all, all);
-        row("each changes another key", {volume + "0.7"}, {width + "900"}, both);
-        row("the same in the very first run", {volume + "0.7"}, {width + "900"}, both, true);
-        row("both change one key: who writes last", {width + "700"}, {width + "900"},
-            {width + "700"});
-        row("a change that was taken back is none", {width + "700", width + "800"}, {width + "900"},
-            {width + "900"});
+        QTest::newRow("theirs stays when this one changes nothing") << QStringList{} << m_theirs;
+        QTest::newRow("each changes another key")
+            << QStringList{volume + "0.7"} << m_theirs + QStringList(volume + "0.7");
+        QTest::newRow("in the very first run")
+            << QStringList{volume + "0.7"} << m_theirs + QStringList(volume + "0.7");
+        QTest::newRow("both change one key: who writes last")
+            << QStringList{width + "700"} << QStringList{width + "700"};
+        QTest::newRow("a change that was taken back is none")
+            << QStringList{width + "700", width + "800"} << m_theirs;
     }
 
     void sideBySide()
     {
-        QFETCH(bool, isFirstRun);
         QFETCH(QStringList, mine);
-        QFETCH(QStringList, theirs);
         QFETCH(QStringList, expected);
         for (const bool writesMeanwhile : {false, true}) {
             QFile::remove(ScratchConfig::file(kApplication));
-            if (!isFirstRun)
-                ScratchConfig::write(kApplication,
-                                     "[application]\nvolume=0.1\nwindow\\width=800\n"
-                                     "hmd\\sdk=auto\ngeneral\\touchMode=true\n");
+            if (qstrcmp(QTest::currentDataTag(), "in the very first run") != 0)
+                ScratchConfig::write(
+                    kApplication, "[application]\nvolume=0.1\nwindow\\width=800\nhmd\\sdk=auto\n");
             m_settings = std::make_unique<VxSettings>(kApplication);
             m_settings->store()->sync();
             m_settings->load();
-            runOtherInstance(theirs);
+            runOtherInstance(m_theirs);
             if (writesMeanwhile) {
                 // From here on the store holds the other instance's values too.
                 m_settings->store()->setValue(kVideoPlugin, "vlc");
@@ -249,6 +225,8 @@ private Q_SLOTS:
     }
 
 private:
+    /// Changes of an instance that starts later and ends earlier.
+    const QStringList m_theirs{kWindowWidth.application + "=900", kHmdSdk.application + "=openvr"};
     std::unique_ptr<VxSettings> m_settings;
 };
 
