@@ -34,10 +34,9 @@ OffscreenContext::~OffscreenContext()
     m_context.doneCurrent();
 }
 
-std::unique_ptr<QOpenGLTexture> textureFrom(const QImage &image, bool swapRedBlue)
+std::unique_ptr<QOpenGLTexture> textureFrom(const QImage &image)
 {
-    const QImage texels = swapRedBlue ? image.rgbSwapped() : image;
-    auto texture = std::make_unique<QOpenGLTexture>(texels, QOpenGLTexture::DontGenerateMipMaps);
+    auto texture = std::make_unique<QOpenGLTexture>(image, QOpenGLTexture::DontGenerateMipMaps);
     texture->setMinMagFilters(QOpenGLTexture::Linear, QOpenGLTexture::Linear);
     texture->setWrapMode(QOpenGLTexture::ClampToEdge);
     return texture;

@@ -33,9 +33,8 @@ private:
     bool m_current = false;
 };
 
-/// The picture as a texture without mipmaps, first row first. With `swapRedBlue` the texture holds
-/// blue in its red channel.
-std::unique_ptr<QOpenGLTexture> textureFrom(const QImage &image, bool swapRedBlue = false);
+/// The picture as a texture without mipmaps, first row first.
+std::unique_ptr<QOpenGLTexture> textureFrom(const QImage &image);
 
 /// One program and the quad. Draw only where isValid().
 class PanoramaQuad

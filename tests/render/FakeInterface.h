@@ -6,6 +6,7 @@
 #include "devices/VxHmdUIManager.h"
 
 #include <QImage>
+#include <QPainter>
 
 /// An interface of plain pictures.
 class FakeInterface : public VxHmdUIManager
@@ -24,10 +25,8 @@ public:
     {
         QImage image(256, 128, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
-        for (int y = 54; marked && y < 74; ++y) {
-            for (int x = 118; x < 138; ++x)
-                image.setPixelColor(x, y, Qt::green);
-        }
+        if (marked)
+            QPainter(&image).fillRect(118, 54, 20, 20, Qt::green);
         return image;
     }
 

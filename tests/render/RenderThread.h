@@ -23,22 +23,12 @@ namespace RenderThread {
 /// False when no frame came.
 inline bool run(QQuickWindow &window, const std::function<void(QOpenGLFunctions *)> &function)
 {
-    struct Job : QRunnable
-    {
-        std::function<void(QOpenGLFunctions *)> function;
-        std::shared_ptr<std::atomic_bool> done = std::make_shared<std::atomic_bool>(false);
-
-        void run() override
-        {
-            function(QOpenGLContext::currentContext()->functions());
-            *done = true;
-        }
+    const auto done = std::make_shared<std::atomic_bool>(false);
+    const auto job = [function, done] {
+        function(QOpenGLContext::currentContext()->functions());
+        *done = true;
     };
-
-    auto *job = new Job;
-    job->function = function;
-    const auto done = job->done;
-    window.scheduleRenderJob(job, QQuickWindow::AfterRenderingStage);
+    window.scheduleRenderJob(QRunnable::create(job), QQuickWindow::AfterRenderingStage);
     window.update();
     return QTest::qWaitFor([done] { return done->load(); });
 }

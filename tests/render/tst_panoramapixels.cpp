@@ -10,7 +10,6 @@
 #include "tests/common/PanoramaQuad.h"
 #include "tests/settings/ScratchConfig.h"
 
-#include <QMetaEnum>
 #include <QOpenGLShaderProgram>
 #include <QTest>
 
@@ -58,11 +57,6 @@ QSize sourceSize(int source)
     return {1024, 512};
 }
 
-template <typename Enum> QString nameOf(int value)
-{
-    return QString::fromLatin1(QMetaEnum::fromType<Enum>().valueToKey(value));
-}
-
 } // namespace
 
 class tst_PanoramaPixels : public QObject
@@ -87,18 +81,18 @@ private Q_SLOTS:
         const auto add = [](const QString &name, const PanoramaScene &wanted) {
             QTest::newRow(qPrintable(name)) << wanted;
         };
-
         for (int source = 0; source < Builder::AUTO; ++source)
             for (int projection = 0; projection < Builder::LAST_VALUE_PROJECTION; ++projection)
                 for (const Camera &camera : kCameras)
-                    add(nameOf<Builder::InputProjection>(source) + " as "
-                            + nameOf<Builder::ShaderProjection>(projection)
-                            + QString(" at %1 degrees").arg(camera.fov),
+                    add(QString("input %1 as %2 at %3 degrees")
+                            .arg(source)
+                            .arg(projection)
+                            .arg(camera.fov),
                         scene(source, projection, camera));
 
         for (const double fov : {120.0, 180.0, 250.0})
             for (const int projection : {Builder::TAVRO, Builder::LITTLE_PLANET, Builder::FISHEYE})
-                add(nameOf<Builder::ShaderProjection>(projection) + QString(" at %1").arg(fov),
+                add(QString("output %1 at %2 degrees").arg(projection).arg(fov),
                     scene(Builder::EQUIRECTANGULAR, projection, {20, 30, 10, fov}));
 
         for (int stereo = 1; stereo <= Builder::STEREO_AUTO; ++stereo) {
@@ -106,14 +100,14 @@ private Q_SLOTS:
             wanted.stereoMode = stereo;
             wanted.splitView = true;
             wanted.item = {322, 120};
-            add(nameOf<Builder::StereoMode>(stereo), wanted);
+            add(QString("stereo %1").arg(stereo), wanted);
         }
 
         for (int effect = 1; effect < Builder::LAST_VALUE_EFFECT; ++effect) {
             PanoramaScene wanted =
                 scene(Builder::EQUIRECTANGULAR, Builder::FISHEYE, {-20, 20, 0, 170});
             wanted.effect = effect;
-            add(nameOf<Builder::ShaderEffect>(effect), wanted);
+            add(QString("effect %1").arg(effect), wanted);
         }
 
         PanoramaScene wanted =
@@ -123,14 +117,10 @@ private Q_SLOTS:
         wanted.pitchMin = -30 * kDegree;
         wanted.pitchMax = 40 * kDegree;
         add("a part of the sphere", wanted);
-        wanted.projection = Builder::FISHEYE;
-        wanted.fov = 200;
-        add("a part of the sphere in a fisheye", wanted);
 
         wanted = scene(Builder::EQUIRECTANGULAR, Builder::TAVRO);
         wanted.item = {129, 190};
         add("a tall view", wanted);
-        wanted.item = {323, 90};
         wanted.splitView = true;
         wanted.stereoMode = Builder::STEREO_3D_SIDEBYSIDE;
         add("split view, odd width", wanted);
@@ -168,7 +158,9 @@ private Q_SLOTS:
         PanoramaQuad written(text);
         QVERIFY(written.isValid());
         const QImage picture = written.picture(m_gl.functions(), wanted, texture->textureId());
-        compare(picture, PanoramaReference::render(wanted, source));
+        const auto right =
+            PanoramaReference::compare(picture, PanoramaReference::render(wanted, source));
+        QVERIFY2(right.share >= 0.99, right.text().constData());
 
         QVector<UniformConstant> constants = ShaderSpecialiser::gradingConstants();
         const bool fullSphere =
@@ -208,7 +200,7 @@ private Q_SLOTS:
     }
 
 private:
-    QByteArray fragment(const PanoramaScene &wanted, bool hmd = false)
+    QByteArray fragment(const PanoramaScene &wanted)
     {
         m_builder->setProjection(wanted.projection);
         m_builder->setProjectionSource(wanted.projectionSource);
@@ -216,18 +208,7 @@ private:
         m_builder->setEffect(wanted.effect);
         m_builder->setRotationSource(wanted.rotationSource);
         m_builder->setInvertedColors(wanted.invertedColors);
-        return m_builder->fragmentShaderSource(hmd, wanted.overlay, wanted.flipY);
-    }
-
-    void compare(const QImage &actual, const QImage &expected)
-    {
-        const auto result = PanoramaReference::compare(actual, expected);
-        if (result.share >= 0.99)
-            return;
-        const QString stem = QDir::temp().filePath(QString::fromLatin1(QTest::currentDataTag()));
-        actual.save(stem + "-actual.png");
-        expected.save(stem + "-expected.png");
-        QFAIL(result.text().constData());
+        return m_builder->fragmentShaderSource(false, wanted.overlay, wanted.flipY);
     }
 
     ScratchConfig m_scratch;

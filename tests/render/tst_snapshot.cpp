@@ -39,14 +39,12 @@ private Q_SLOTS:
         QCOMPARE(size(wide, {1000, 500}, kNone, 180, kSphere, Builder::LITTLE_PLANET),
                  QSize(3000, 1500));
         QCOMPARE(size(wide, {3600, 1800}, kNone, 80, kSphere, Builder::TAVRO), QSize(1600, 800));
-        QCOMPARE(size(wide, {2100, 1050}, kNone, 120, kSphere, Builder::TAVRO), QSize(1800, 900));
         // Flat and fisheye sources keep the view's size.
         QCOMPARE(size(wide, texture, kNone, 180, Builder::STANDARD, Builder::TAVRO), wide);
         QCOMPARE(size(wide, texture, kNone, 90, Builder::FISHEYE_CIRCLE, Builder::TAVRO), wide);
         // Base sizes are cut, not rounded.
         QCOMPARE(size({1000, 501}, {1111, 555}, kNone, 91, kSphere, kFlat), QSize(560, 280));
         // Too large for the GPU: both sides shrink, and two eyes share its width.
-        QCOMPARE(size(wide, texture, 1920, 90, kSphere, kFlat), QSize(1920, 960));
         QCOMPARE(size(tall, texture, 1920, 90, kSphere, kFlat), QSize(960, 1920));
         QCOMPARE(size(wide, texture, 1920, 90, kSphere, kFlat, 2), QSize(960, 480));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Invalid size"));
@@ -88,7 +86,6 @@ private Q_SLOTS:
     void whatCannotBeSavedLeavesNothing()
     {
         const QImage image(8, 4, QImage::Format_RGB32);
-        QCOMPARE(Snapshot::save(image, true, "/proc/no/such"), QString());
         QCOMPARE(Snapshot::save(image, true, "/proc"), QString()); // takes no files
         QCOMPARE(Snapshot::save(QImage(), true, QDir::tempPath()), QString());
     }

@@ -85,15 +85,9 @@ private Q_SLOTS:
 
     void tellsOfChanges()
     {
-        QSignalSpy ids(m_provider.get(), &VxTextureProvider::textureIdChanged);
-        QSignalSpy sizes(m_provider.get(), &VxTextureProvider::textureSizeChanged);
         const unsigned revision = m_provider->contentRevision();
-        for (int times = 0; times < 2; ++times) {
-            m_provider->setTextureId(7);
-            m_provider->setTextureSize(QSize(8, 4));
-        }
-        QCOMPARE(ids.count(), 1);
-        QCOMPARE(sizes.count(), 1);
+        m_provider->setTextureId(7);
+        m_provider->setTextureId(7);
         QCOMPARE(m_provider->contentRevision(), revision + 1);
 
         FramePlayer player;
@@ -138,24 +132,6 @@ private Q_SLOTS:
         QCOMPARE(m_provider->textureSize(), QSize(40, 20));
     }
 
-    void revisionTellsOfChanges()
-    {
-        m_provider->setShaderEffectSource(m_source, true);
-        QVERIFY(waitForTexture());
-        QVERIFY(m_frames->wait(2));
-        const unsigned still = m_provider->contentRevision();
-        // Long enough for the timer to tick: it must not count as a change.
-        QTest::qWait(1200);
-        QCOMPARE(m_provider->contentRevision(), still);
-        for (const char *color : {"yellow", "cyan", "white"}) {
-            const unsigned before = m_provider->contentRevision();
-            setCorner(color);
-            QVERIFY(m_frames->wait(3));
-            QVERIFY(m_provider->contentRevision() > before);
-            QVERIFY(holdsPicture(color));
-        }
-    }
-
     void picture_data()
     {
         QTest::addColumn<bool>("copyTexture");
@@ -179,6 +155,12 @@ private Q_SLOTS:
             setCorner(color);
             QVERIFY(m_frames->wait(3));
             QVERIFY(m_provider->contentRevision() > before || !copyTexture);
+            QVERIFY(!isImage || holdsPicture(color));
+        }
+        if (isImage) { // a tick of the timer must not count as a change
+            const unsigned still = m_provider->contentRevision();
+            QTest::qWait(1200);
+            QCOMPARE(m_provider->contentRevision(), still);
         }
         QTRY_VERIFY(holdsPicture("cyan"));
         int ownId = 0;
@@ -200,13 +182,11 @@ private Q_SLOTS:
         QVERIFY(waitForTexture());
         m_provider->setShaderEffectSource(nullptr);
         m_provider->setTextureId(0);
-        setCorner("yellow");
         QTest::qWait(1200); // the timer ticks on
         QCOMPARE(m_provider->textureId(), 0);
 
         m_provider->setShaderEffectSource(m_source, true);
-        QVERIFY(waitForTexture());
-        QVERIFY(holdsPicture("yellow"));
+        QVERIFY(waitForTexture()); // of a picture that was drawn before
         delete m_source;
         const int id = m_provider->textureId();
         QTest::qWait(1200);
