@@ -13,6 +13,9 @@
 #include <QQuickWindow>
 #include <QThreadPool>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <vlc/vlc.h>
 
 #include <algorithm>
@@ -36,6 +39,11 @@ constexpr int kRestMs = 1000;
 constexpr std::chrono::milliseconds kEndPatience(200);
 
 constexpr int kRoomMs = 10;
+
+// Starting a medium waits for nothing but a thread to be made.
+constexpr std::chrono::milliseconds kBeginPatience(1000);
+
+constexpr int kNiceness = 5; // added to that of the process
 
 int toInt(qint64 milliseconds)
 {
@@ -209,7 +217,13 @@ void VxVlcPlayerQml::playWhenThereIsRoom()
         m_beginning.start();
         return;
     }
-    libvlc_media_player_play(player());
+    // Where pictures are drawn by the processors, decoding ahead must not hold up the drawing of
+    // what is decoded: all threads of the medium inherit this from the one that starts it.
+    runWithin(kBeginPatience, [session = m_session] {
+        const auto thread = id_t(syscall(SYS_gettid));
+        setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + kNiceness);
+        libvlc_media_player_play(session->player());
+    });
     if (m_seekPending >= 0)
         libvlc_media_player_set_time(player(), m_seekPending);
     // libvlc forgets the delay with each medium.
