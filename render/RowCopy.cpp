@@ -12,13 +12,17 @@ namespace RowCopy {
 
 void prepareFramebuffer(QOpenGLFunctions *gl)
 {
+    QOpenGLContext *context = QOpenGLContext::currentContext();
     const auto *renderer = reinterpret_cast<const char *>(gl->glGetString(GL_RENDERER));
-    QOpenGLExtraFunctions *more = QOpenGLContext::currentContext()->extraFunctions();
+    // OpenGL ES refuses a texture whose pixels come in another order than its format names.
+    if (!renderer || !std::strstr(renderer, "llvmpipe") || context->isOpenGLES())
+        return;
+    QOpenGLExtraFunctions *more = context->extraFunctions();
     GLint type = GL_NONE;
     GLint texture = 0;
     gl->glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0,
                                               GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE, &type);
-    if (!renderer || !std::strstr(renderer, "llvmpipe") || type != GL_TEXTURE)
+    if (type != GL_TEXTURE)
         return;
     gl->glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0,
                                               GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME, &texture);
@@ -35,7 +39,8 @@ void prepareFramebuffer(QOpenGLFunctions *gl)
 
 void prepareNode(QSGNode *node)
 {
-    if (!node || node->type() != QSGNode::GeometryNodeType)
+    // Without OpenGL the nodes of painted items have no geometry, only a flag in its place.
+    if (!QOpenGLContext::currentContext() || !node || node->type() != QSGNode::GeometryNodeType)
         return;
     QSGGeometry *geometry = static_cast<QSGGeometryNode *>(node)->geometry();
     if (!geometry || geometry->vertexCount() != 4

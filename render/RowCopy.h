@@ -2,9 +2,9 @@
 #pragma once
 
 // Composing an item's framebuffer into the window, on Mesa's software driver. As Qt does it each
-// pixel runs through a shader, which takes a quarter of the time of a panorama. The driver copies
-// rows of memory instead where nothing but a texture is drawn, in the window's byte order, as a
-// rectangle that it recognises, into a window without depth and stencil buffer.
+// pixel runs through a shader, which takes a quarter of the time of a panorama. The driver works
+// row by row in memory instead where nothing but a texture is drawn, in the window's byte order, as
+// a rectangle that it recognises, into a window without depth and stencil buffer.
 
 class QOpenGLFunctions;
 class QSGNode;

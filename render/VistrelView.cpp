@@ -73,7 +73,8 @@ VistrelView::VistrelView(QQuickItem *parent)
     omp_init_lock(&m_printLock);
     setMipmap(false);
     setRenderTarget(InvertedYFramebufferObject);
-    // Each frame covers the item, so it needs no blending with what lies below.
+    // Each frame covers the item. In a window without a depth buffer Qt blends it all the same, so
+    // the framebuffer's alpha has to be 1 wherever a frame ends.
     setOpaquePainting(true);
     // The framebuffer has the item's own pixels: filtering it would only cost time.
     setSmooth(false);
@@ -361,6 +362,8 @@ void VistrelView::drawEye(QOpenGLFunctions *gl, int eye, QSize size)
     gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &target);
     gl->glBindFramebuffer(GL_FRAMEBUFFER, m_overlayScene->handle());
     gl->glViewport(0, 0, width, height);
+    // Flat sources leave pixels as they are.
+    gl->glClear(GL_COLOR_BUFFER_BIT);
     drawPanorama(gl, eye);
     gl->glBindFramebuffer(GL_FRAMEBUFFER, GLuint(target));
     gl->glViewport(left, 0, width, height);
@@ -371,6 +374,9 @@ void VistrelView::drawEye(QOpenGLFunctions *gl, int eye, QSize size)
     drawOverlay(gl, 0);
     drawOverlay(gl, 1);
     gl->glDisable(GL_BLEND);
+    gl->glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_TRUE);
+    gl->glClear(GL_COLOR_BUFFER_BIT);
+    gl->glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
 void VistrelView::drawPanorama(QOpenGLFunctions *gl, int eye)
@@ -384,7 +390,7 @@ void VistrelView::drawDim(QOpenGLFunctions *gl)
     if (!m_dimProgram)
         return;
     gl->glEnable(GL_BLEND);
-    gl->glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    gl->glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
     m_dimProgram->draw(gl, m_state.uniforms, 0, 0);
     gl->glDisable(GL_BLEND);
 }
