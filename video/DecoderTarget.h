@@ -64,7 +64,7 @@ public:
 private:
     void makeConverter();
 
-    QOffscreenSurface *m_surface = nullptr; // the item's
+    QOffscreenSurface *m_surface = nullptr; // the session's
     std::unique_ptr<QOpenGLContext> m_context;
     std::unique_ptr<QOpenGLFramebufferObject> m_framebuffer;
     std::unique_ptr<VideoFrameBuffers> m_frame;

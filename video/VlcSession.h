@@ -86,7 +86,7 @@ private:
     };
 
     libvlc_media_player_t *const m_player;
-    std::mutex m_surfaceMutex; // guards the making of what follows
+    std::mutex m_surfaceMutex; // guards m_root and m_surface; m_stopping changes under it
     std::condition_variable m_surfaceMade;
     std::shared_ptr<QOpenGLContext> m_root;
     std::unique_ptr<QOffscreenSurface, SurfaceDeleter> m_surface;

@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <thread>
 
 Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
 
@@ -39,9 +40,6 @@ constexpr int kRestMs = 1000;
 constexpr std::chrono::milliseconds kEndPatience(200);
 
 constexpr int kRoomMs = 10;
-
-// Starting a medium waits for nothing but a thread to be made.
-constexpr std::chrono::milliseconds kBeginPatience(1000);
 
 constexpr int kNiceness = 5; // added to that of the process
 
@@ -218,12 +216,13 @@ void VxVlcPlayerQml::playWhenThereIsRoom()
         return;
     }
     // Where pictures are drawn by the processors, decoding ahead must not hold up the drawing of
-    // what is decoded: all threads of the medium inherit this from the one that starts it.
-    runWithin(kBeginPatience, [session = m_session] {
+    // what is decoded: all threads of the medium inherit this from the one that starts it. The wait
+    // is as short as the call, which starts a thread; what follows needs the run that it begins.
+    std::thread([this] {
         const auto thread = id_t(syscall(SYS_gettid));
         setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + kNiceness);
-        libvlc_media_player_play(session->player());
-    });
+        libvlc_media_player_play(player());
+    }).join();
     if (m_seekPending >= 0)
         libvlc_media_player_set_time(player(), m_seekPending);
     // libvlc forgets the delay with each medium.
@@ -329,14 +328,12 @@ void VxVlcPlayerQml::watchWindow(QQuickWindow *itemWindow)
 
 void VxVlcPlayerQml::seek(int offset)
 {
-    if (!player())
-        return;
     if (m_beginning.isActive())
         m_seekPending = offset;
-    else
+    else if (player())
         libvlc_media_player_set_time(player(), offset);
     // Only a medium that plays reports its time.
-    if (!libvlc_media_player_is_playing(player()))
+    if (!player() || !libvlc_media_player_is_playing(player()))
         Q_EMIT positionChanged(offset);
 }
 

@@ -212,11 +212,13 @@ void TestPlayerLifetime::commandsBeforeThePlayerBegins()
     fixture.player->pause();
     QCOMPARE(fixture.positions, QVector<int>{1500});
     QVERIFY(fixture.waitForState(VxVlcPlayerQml::Paused));
-    QVERIFY(fixture.positions.last() >= 1400);
     fixture.states.clear();
+    fixture.positions.clear(); // of what the seek told of itself
     fixture.player->play();
     QVERIFY(fixture.waitForState(VxVlcPlayerQml::Playing));
     QVERIFY(fixture.waitForFrames(2));
+    QTRY_VERIFY(!fixture.positions.isEmpty());
+    QVERIFY(fixture.positions.first() >= 1400);
     QCOMPARE(fixture.errors, QStringList());
 }
 
