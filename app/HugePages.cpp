@@ -3,19 +3,33 @@
 // posix_memalign(), and the kernel clears it page by page as the picture is copied in, which is
 // most of the time of an upload; a panorama that is seen whole then misses the translation of
 // addresses at every other texel. As the program's own symbol, this function comes before the C
-// library's.
+// library's. Decoders ask here too, for pictures that live as long as a film: these keep small
+// pages, which a machine that has just given its memory back fills far sooner.
 
+#include <dlfcn.h>
+#include <link.h>
 #include <malloc.h>
 #include <sys/mman.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
 constexpr std::uintptr_t kHugePage = 2U << 20U;
 constexpr std::size_t kMapped = 8U << 20U; // from here on each block has pages of its own
+
+/// Whether the code at \a address is Mesa's. Without a lock: another library may just be loading.
+bool isDriver(void *address)
+{
+    dl_find_object object{};
+    if (_dl_find_object(address, &object) != 0)
+        return false;
+    const char *name = object.dlfo_link_map->l_name;
+    return std::strstr(name, "_dri.so") || std::strstr(name, "libgallium");
+}
 
 } // namespace
 
@@ -27,7 +41,7 @@ extern "C" int posix_memalign(void **memory, std::size_t alignment, std::size_t 
     void *block = memalign(alignment, size);
     // Smaller blocks come from a heap that keeps its pages, and what was asked for them, for
     // others.
-    if (block && size >= kMapped) {
+    if (block && size >= kMapped && isDriver(__builtin_return_address(0))) {
         const auto begin = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) / kHugePage;
         const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / kHugePage;
         // A kernel without large pages says no, and all is as before.
