@@ -19,9 +19,11 @@ Item {
                                    || playerStatus === Vx_MediaPlayer.EndOfMedia
     // In one expression: two conditions that change in turn would both fail in between, and the
     // info screen would be made and thrown away while a picture appears.
+    // A film that its player has not told of yet is on its way.
     readonly property bool isEmpty: playerStatus === Vx_MediaPlayer.UnknownStatus
-                                    || playerStatus === Vx_MediaPlayer.NoMedia
                                     || playerStatus === Vx_MediaPlayer.InvalidMedia
+                                    || (playerStatus === Vx_MediaPlayer.NoMedia
+                                        && mediaLoader.mediaSource.toString() === "")
     property alias view: panorama
     // Radians per pixel.
     readonly property real moveSpeed: 0.005
@@ -67,6 +69,8 @@ Item {
         // A file of the command line takes over right after the first frame: until then the screen
         // would only flash, and its fonts would keep the file waiting.
         active: isStarted && area.isEmpty
+        // Between one medium and the next the area is empty for a moment that nobody sees.
+        asynchronous: true
         source: "Vx_InfoScreen.qml"
         onLoaded: item.errorString = Qt.binding(() => area.mediaLoader.mediaPlayer.errorString)
 
