@@ -58,7 +58,8 @@ bool isUrl(const QString &argument)
 
 bool isImage(const QUrl &url)
 {
-    return imageSuffixes().contains(suffixOf(url));
+    // No image plug-in claims a video's suffix, and asking would have a film wait for all of them.
+    return videoKind(url, true) == NotVideo && imageSuffixes().contains(suffixOf(url));
 }
 
 VideoKind videoKind(const QUrl &url, bool customArguments)
