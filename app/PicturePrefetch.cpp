@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/PicturePrefetch.h"
 
+#include "app/DetachedThread.h"
 #include "app/ImageInspector.h"
 #include "app/JpegDecoder.h"
 #include "app/MediaFormats.h"
@@ -9,15 +10,9 @@
 #include <QFileInfo>
 #include <QImageReader>
 
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <new>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -71,10 +66,9 @@ QImage decodeWithin(const QString &path, const QSize &limit)
     return reader.read();
 }
 
+// The picture is needed last of all that starts; with two processors the window system would often
+// wait for its thread otherwise.
 constexpr int kNiceness = 5; // added to that of the process
-
-/// Threads of this file that are not at their end.
-std::atomic_int threadsAtWork{0};
 
 } // namespace
 
@@ -95,10 +89,6 @@ struct PicturePrefetch::Decoding
 /// \a jpeg is the path in the file system's encoding, or empty if the name is not that of a JPEG.
 void PicturePrefetch::Decoding::run(const QString &path, const QByteArray &jpeg)
 {
-    // The picture is needed last of all that starts; with two processors the window system would
-    // often wait for this thread otherwise.
-    const auto thread = id_t(syscall(SYS_gettid));
-    setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + kNiceness);
     QImage result;
     try {
         if (!jpeg.isEmpty())
@@ -141,21 +131,13 @@ PicturePrefetch::PicturePrefetch(const QString &path)
     , m_decoding(std::make_shared<Decoding>())
 {
     const QByteArray jpeg = hasJpegName(path) ? QFile::encodeName(path) : QByteArray();
-    ++threadsAtWork;
-    std::thread([decoding = m_decoding, path, jpeg] {
-        decoding->run(path, jpeg);
-        --threadsAtWork;
-    }).detach();
+    DetachedThread::start([decoding = m_decoding, path, jpeg] { decoding->run(path, jpeg); },
+                          kNiceness);
 }
 
 PicturePrefetch::~PicturePrefetch()
 {
     continueWithPlugins(); // or the thread would wait for ever
-}
-
-bool PicturePrefetch::isAtWork()
-{
-    return threadsAtWork > 0;
 }
 
 void PicturePrefetch::continueWithPlugins()

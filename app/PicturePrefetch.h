@@ -27,10 +27,6 @@ public:
     /// Does not wait for a file that does not answer.
     ~PicturePrefetch() override;
 
-    /// True while a thread of this class, perhaps one without an owner, still decodes: the process
-    /// must then end without the destructors of what it uses.
-    static bool isAtWork();
-
     /// Tells that the application object is made. Before that the thread must not touch Qt's image
     /// plug-ins, whose paths the application object sets: it decodes plain JPEG files only, and
     /// waits with all else.

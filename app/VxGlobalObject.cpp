@@ -58,6 +58,7 @@ VxGlobalObject::VxGlobalObject(VxContext *context)
             &VxGlobalObject::onTextureSizeChanged);
     connect(this, &VxGlobalObject::yawChanged, this, &VxGlobalObject::resetYawInterpolate);
     connect(this, &VxGlobalObject::pitchChanged, this, &VxGlobalObject::resetPitchInterpolate);
+    connect(&m_mediumInquiry, &FileInquiry::askingChanged, this, &VxGlobalObject::openingChanged);
 
     onSettingsChanged(VxSettingsKeys::kOutputDisplay.instance);
 }

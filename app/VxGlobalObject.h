@@ -5,6 +5,8 @@
 // inertia, the road from a path to a playing medium, the playlist and the slide show.
 
 #include "app/CameraMath.h"
+#include "app/FileInquiry.h"
+#include "app/MediaSurvey.h"
 
 #include <QHash>
 #include <QList>
@@ -27,6 +29,8 @@ class VxGlobalObject : public QObject
     Q_OBJECT
     Q_PROPERTY(QString videoLogMessage READ videoLogMessage WRITE setVideoLogMessage NOTIFY
                    videoLogMessageChanged)
+    /// A medium was asked for and is looked at; its player does not know it yet.
+    Q_PROPERTY(bool opening READ isOpening NOTIFY openingChanged)
     Q_PROPERTY(float yaw READ yaw WRITE setYaw NOTIFY yawChanged)
     Q_PROPERTY(float pitch READ pitch WRITE setPitch NOTIFY pitchChanged)
     Q_PROPERTY(float roll READ roll WRITE setRoll NOTIFY rollChanged)
@@ -66,7 +70,6 @@ public:
     /// Leaving the event loop with this code starts the program anew.
     static constexpr int kRestartExitCode = 123456789;
     /// A folder with this many files, or more, is refused.
-    static constexpr int kMaxDirectoryEntries = 1000;
 
     /// \a context must outlive the object and have its settings, its window (a QQuickView) and
     /// its texture provider.
@@ -183,11 +186,14 @@ public:
     Q_INVOKABLE void setVlcCustomCmd(const QString &what, const QString &cmd);
     Q_INVOKABLE bool isVlcCustom() const;
 
+    bool isOpening() const { return m_mediumInquiry.isAsking(); }
+
     /// Opens one path or URL.
     Q_INVOKABLE void openFile(const QString &url, bool dragAndDrop = false);
     /// Opens paths or URLs: "http", "https", "rtsp", "udp" and "file" are URLs, the rest paths.
     Q_INVOKABLE void openFiles(const QStringList &files, bool dragAndDrop = false);
-    /// Opens a medium, a folder or a playlist file, or several media as a playlist.
+    /// Opens a medium, a folder or a playlist file, or several media as a playlist. What lies on a
+    /// disk is looked at first, on another thread; what is opened meanwhile takes its place.
     Q_INVOKABLE void openFiles(QList<QUrl> urls, bool dragAndDrop = false);
 
     Q_INVOKABLE bool playListIsEmpty() const { return m_playlist.isEmpty(); }
@@ -277,6 +283,7 @@ Q_SIGNALS:
     void rotationMatrixChanged();
     /// The program is about to end with this code; what may hang comes after it.
     void ending(int exitCode);
+    void openingChanged();
     void playListIndexChanged();
     void playListChanged();
     void touchModeChanged();
@@ -305,7 +312,16 @@ private:
     QVariantMap currentMetadata() const;
     void applyStereoMode(const QVariantMap &metadata);
     void applyProjection(const QVariantMap &metadata);
+    void open(const MediaSurvey::Findings &findings, bool dragAndDrop);
     void processFileSource(const QUrl &source, const QString &error, bool dragAndDrop);
+    void giveToLoader(const QUrl &source, const QString &error, bool dragAndDrop);
+    void inspectEnd(const QUrl &url, const QString &path);
+
+    struct ReadAhead
+    {
+        QUrl medium;
+        QVariantMap metadata;
+    };
 
     VxContext *m_context; // not owned
     QPointer<QObject> m_mediaLoader; // not owned: an item of the interface
@@ -343,4 +359,7 @@ private:
     int m_imageDisplayTime = 0; // milliseconds
     int m_imageRemaining = 0; // milliseconds
     bool m_noTimeout = false;
+    ReadAhead m_readAhead; // of the medium that is about to be opened
+    FileInquiry m_mediumInquiry;
+    FileInquiry m_pictureInquiry;
 };

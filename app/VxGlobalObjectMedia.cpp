@@ -3,19 +3,15 @@
 #include "app/ImageInspector.h"
 #include "app/MediaFormats.h"
 #include "app/PicturePrefetch.h"
-#include "app/VsplPlaylist.h"
+#include "app/VideoMetadata.h"
 #include "app/VxGlobalObject.h"
 #include "settings/VxVlcOptions.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QPointer>
-#include <QThreadPool>
 
 #include <algorithm>
+#include <new>
 
 namespace {
 
@@ -27,18 +23,16 @@ constexpr int kMinResumedImageMs = 3000;
 // Names the options of a medium; anything else means the arguments of the instance.
 const QLatin1String kMediaOptions("media");
 
-/// The files of a folder, newest first; reads no further than the limit of a playlist.
-QFileInfoList directoryEntries(const QString &path)
+/// What a medium says of itself; only films do.
+QVariantMap metadataOf(const QUrl &medium)
 {
-    QFileInfoList entries;
-    QDirIterator iterator(path, QDir::Files | QDir::NoSymLinks);
-    while (iterator.hasNext() && entries.size() < VxGlobalObject::kMaxDirectoryEntries) {
-        iterator.next();
-        entries.append(iterator.fileInfo());
+    if (!medium.isLocalFile() || MediaFormats::videoKind(medium, true) == MediaFormats::NotVideo)
+        return {};
+    try {
+        return VideoMetadata::read(medium.toLocalFile());
+    } catch (const std::bad_alloc &) {
+        return {};
     }
-    if (entries.size() < VxGlobalObject::kMaxDirectoryEntries)
-        entries = QDir(path).entryInfoList(QDir::Files | QDir::NoSymLinks, QDir::Time);
-    return entries;
 }
 
 QUrl urlOfArgument(const QString &argument)
@@ -65,49 +59,63 @@ void VxGlobalObject::openFiles(QList<QUrl> urls, bool dragAndDrop)
 {
     if (urls.isEmpty())
         return;
-    QString error;
-    if (urls.size() == 1) {
-        const QString path = urls.first().toLocalFile();
-        const QFileInfo info(path);
-        if (info.suffix() == QLatin1String("vspl")) {
-            const VsplPlaylist::Result playlist = VsplPlaylist::read(path);
-            error = playlist.error;
-            urls.clear();
-            // Entries of earlier playlists stay: their media may be opened again one by one.
-            for (const VsplPlaylist::Entry &entry : playlist.entries) {
-                urls.append(entry.media);
-                m_logoMap.insert(entry.media, entry.logo);
-                m_thumbMap.insert(entry.media, entry.thumb);
-                m_stereoMap.insert(entry.media, entry.stereo);
-            }
-        } else if (!path.isEmpty() && info.isDir()) {
-            const QFileInfoList entries = directoryEntries(info.absoluteFilePath());
-            if (entries.isEmpty()) {
-                error = QStringLiteral("Error : Directory is empty");
-            } else if (entries.size() >= kMaxDirectoryEntries) {
-                error = QStringLiteral("Error : Cannot load more than %1 files in a directory")
-                            .arg(kMaxDirectoryEntries);
-            } else {
-                urls.clear();
-                for (const QFileInfo &entry : entries)
-                    urls.append(QUrl::fromLocalFile(entry.absoluteFilePath()));
-            }
-        }
+    // What is shown now ends here, however long the look at its successor takes.
+    m_nextImageTimer.stop();
+    const QUrl only = urls.first();
+    if (urls.size() > 1 || !only.isLocalFile()) {
+        m_mediumInquiry.forget();
+        open({urls, {}, {}}, dragAndDrop);
+        return;
     }
+    m_mediumInquiry.ask([this, only, dragAndDrop]() -> FileInquiry::Answer {
+        const MediaSurvey::Findings findings = MediaSurvey::survey(only);
+        const QUrl first = findings.media.value(0);
+        return [this, findings, first, metadata = metadataOf(first), dragAndDrop] {
+            m_readAhead = {first, metadata};
+            open(findings, dragAndDrop);
+        };
+    });
+}
 
+void VxGlobalObject::open(const MediaSurvey::Findings &findings, bool dragAndDrop)
+{
+    // Entries of earlier playlists stay: their media may be opened again one by one.
+    for (const VsplPlaylist::Entry &entry : findings.entries) {
+        m_logoMap.insert(entry.media, entry.logo);
+        m_thumbMap.insert(entry.media, entry.thumb);
+        m_stereoMap.insert(entry.media, entry.stereo);
+    }
     clearPlayList();
-    if (!error.isEmpty()) {
-        processFileSource(QUrl(), error, dragAndDrop);
-    } else if (urls.size() < 2) {
-        processFileSource(urls.first(), QString(), dragAndDrop);
+    if (!findings.error.isEmpty()) {
+        processFileSource(QUrl(), findings.error, dragAndDrop);
+    } else if (findings.media.size() < 2) {
+        processFileSource(findings.media.first(), QString(), dragAndDrop);
     } else {
-        m_playlist = urls;
+        m_playlist = findings.media;
         setPlayListIndex(0, dragAndDrop);
         Q_EMIT playListChanged();
     }
 }
 
+// The head of a film is read before its player hears of it, and not by this thread.
 void VxGlobalObject::processFileSource(const QUrl &source, const QString &error, bool dragAndDrop)
+{
+    if (source.isEmpty() || m_readAhead.medium == source || !source.isLocalFile()
+        || isVideoFile(source) == MediaFormats::NotVideo) {
+        m_mediumInquiry.forget();
+        giveToLoader(source, error, dragAndDrop);
+        m_readAhead = {};
+        return;
+    }
+    m_mediumInquiry.ask([this, source, error, dragAndDrop]() -> FileInquiry::Answer {
+        return [this, source, metadata = metadataOf(source), error, dragAndDrop] {
+            m_readAhead = {source, metadata};
+            processFileSource(source, error, dragAndDrop);
+        };
+    });
+}
+
+void VxGlobalObject::giveToLoader(const QUrl &source, const QString &error, bool dragAndDrop)
 {
     if (!m_mediaLoader)
         return;
@@ -128,6 +136,7 @@ QStringList VxGlobalObject::getPlayListNames() const
 
 void VxGlobalObject::clearPlayList()
 {
+    m_mediumInquiry.forget(); // who stops the player wants no other medium
     m_nextImageTimer.stop();
     m_playlist.clear();
     m_playListIndex = -1;
@@ -160,6 +169,9 @@ void VxGlobalObject::playListSetNext(bool forceNext)
         setPlayListIndex(next % m_playlist.size());
         return;
     }
+    // The user has asked for another medium, which is looked at.
+    if (m_mediumInquiry.isAsking())
+        return;
     switch (m_loopMode) {
     case NoLoop:
         if (next < m_playlist.size())
@@ -259,25 +271,27 @@ void VxGlobalObject::imageTimeoutSetNext()
 
 void VxGlobalObject::inspectImage(const QUrl &url)
 {
-    // The picture may sit on a slow disk or a dead network share, so the look at it must not hold
-    // the interface.
-    QThreadPool::globalInstance()->start([self = QPointer<VxGlobalObject>(this), url] {
-        const auto report = [&](bool usable) {
-            QMetaObject::invokeMethod(
-                qApp,
-                [self, url, usable] {
-                    if (self)
-                        Q_EMIT self->imageInspected(url, usable);
-                },
-                Qt::QueuedConnection);
-        };
-        const QString path = url.toLocalFile();
+    const QString path = url.toLocalFile();
+    m_pictureInquiry.ask([this, url, path]() -> FileInquiry::Answer {
         const bool readable = ImageInspector::canBeDecoded(path);
         qCDebug(lcTiming) << "looked at" << url;
-        report(readable);
-        // The decoder is already at work; only a damaged file is reported a second time.
-        if (readable && ImageInspector::isTruncatedJpeg(path))
-            report(false);
+        return [this, url, path, readable] {
+            if (readable)
+                inspectEnd(url, path);
+            Q_EMIT imageInspected(url, readable);
+        };
+    });
+}
+
+// The decoder is already at work; only a damaged file is reported a second time.
+void VxGlobalObject::inspectEnd(const QUrl &url, const QString &path)
+{
+    m_pictureInquiry.ask([this, url, path]() -> FileInquiry::Answer {
+        const bool truncated = ImageInspector::isTruncatedJpeg(path);
+        return [this, url, truncated] {
+            if (truncated)
+                Q_EMIT imageInspected(url, false);
+        };
     });
 }
 

@@ -1,47 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the controller makes of a medium's own words: input projection, stereo layout, start view.
 #include "app/MediaFormats.h"
+#include "app/VideoMetadata.h"
 #include "app/VxContext.h"
 #include "app/VxGlobalObject.h"
-#include "movparser/src/mov_file_reader.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
 #include "settings/VxSettingsKeys.h"
 
-#include <QFileInfo>
 #include <QHash>
 #include <QSize>
 
-#include <string>
-
 namespace {
-
-const QString kTextureSize = QStringLiteral("Texture size");
-const QString kProjection = QStringLiteral("Projection");
-const QString kStereoscopy = QStringLiteral("Stereoscopy");
-
-// The codes of the container library.
-enum ProjectionCode {
-    FlatCode = 0,
-    EquirectangularCode = 1,
-    CubemapCode = 256
-};
-
-enum StereoCode {
-    MonoCode = 0,
-    SideBySideCode = 1,
-    OverUnderCode = 2
-};
 
 QString projectionName(const QVariantMap &metadata)
 {
-    if (metadata.contains(kProjection)) {
-        switch (metadata.value(kProjection).toInt()) {
-        case FlatCode:
+    if (metadata.contains(VideoMetadata::kProjection)) {
+        switch (metadata.value(VideoMetadata::kProjection).toInt()) {
+        case VideoMetadata::Flat:
             return QStringLiteral("Standard");
-        case EquirectangularCode:
+        case VideoMetadata::Equirectangular:
             return QStringLiteral("Equirectangular");
-        case CubemapCode:
+        case VideoMetadata::Cubemap:
             return QStringLiteral("Cubemap");
         default:
             break;
@@ -52,66 +32,19 @@ QString projectionName(const QVariantMap &metadata)
 
 QString stereoWord(const QVariantMap &metadata)
 {
-    if (metadata.contains(kStereoscopy)) {
-        switch (metadata.value(kStereoscopy).toInt()) {
-        case MonoCode:
+    if (metadata.contains(VideoMetadata::kStereoscopy)) {
+        switch (metadata.value(VideoMetadata::kStereoscopy).toInt()) {
+        case VideoMetadata::Mono:
             return QStringLiteral("None");
-        case SideBySideCode:
+        case VideoMetadata::SideBySide:
             return QStringLiteral("SideBySide");
-        case OverUnderCode:
+        case VideoMetadata::OverUnder:
             return QStringLiteral("OverUnder");
         default:
             break;
         }
     }
     return {};
-}
-
-/// What an MP4 or MOV file says of itself. What it does not say has a value that plays it as most
-/// are: mono, upright, a full sphere. Empty for a file that is no such container or has no video.
-QVariantMap videoMetadata(const QString &path)
-{
-    Tavro::MovParserLib::MovFileReader reader;
-    // A pipe would keep the reader waiting.
-    if (!QFileInfo(path).isFile() || reader.Open(path) != 0 || !reader.HasVideo())
-        return {};
-
-    uint32_t width = 0;
-    uint32_t height = 0;
-    if (reader.GetFrameSize(&width, &height) != 0)
-        width = height = 0;
-    double frameRate = 0;
-    if (reader.GetFrameRate(&frameRate) != 0)
-        frameRate = 0;
-    bool isTavroFile = false;
-    if (reader.IsTavroFile(&isTavroFile) != 0)
-        isTavroFile = false;
-    float yaw = 0;
-    float pitch = 0;
-    float roll = 0;
-    if (reader.GetInitialPose(&yaw, &pitch, &roll) != 0)
-        yaw = pitch = roll = 0;
-    uint32_t projection = EquirectangularCode;
-    if (reader.GetProjection(&projection) != 0)
-        projection = EquirectangularCode;
-    uint32_t stereoMode = MonoCode;
-    if (reader.GetStereoMode(&stereoMode) != 0)
-        stereoMode = MonoCode;
-    std::string writingTool;
-    if (reader.GetWritingTool(&writingTool) != 0)
-        writingTool.clear();
-
-    return {{kTextureSize, QSize(int(width), int(height))},
-            {QStringLiteral("Frame width"), width},
-            {QStringLiteral("Frame height"), height},
-            {QStringLiteral("Video frame rate"), frameRate},
-            {QStringLiteral("Tavro file"), isTavroFile},
-            {QStringLiteral("Initial yaw"), yaw},
-            {QStringLiteral("Initial pitch"), pitch},
-            {QStringLiteral("Initial roll"), roll},
-            {kProjection, int(projection)},
-            {kStereoscopy, int(stereoMode)},
-            {QStringLiteral("Writing Tool"), QString::fromStdString(writingTool)}};
 }
 
 } // namespace
@@ -133,7 +66,7 @@ void VxGlobalObject::onTextureSizeChanged()
     if (!player)
         return;
     QVariantMap metadata = currentMetadata();
-    metadata.insert(kTextureSize, m_context->textureProvider()->textureSize());
+    metadata.insert(VideoMetadata::kTextureSize, m_context->textureProvider()->textureSize());
     player->setProperty("fileMetadata", metadata);
 }
 
@@ -143,8 +76,10 @@ QVariantMap VxGlobalObject::readMetaData(const QVariant &url)
     // A still image says nothing that enters the map: its size comes from the player, and
     // automatic stereo and projection leave the modes as they are.
     QVariantMap metadata;
-    if (isVideoFile(medium) != MediaFormats::NotVideo && medium.isLocalFile())
-        metadata = videoMetadata(medium.toLocalFile());
+    if (medium == m_readAhead.medium)
+        metadata = m_readAhead.metadata;
+    else if (isVideoFile(medium) != MediaFormats::NotVideo && medium.isLocalFile())
+        metadata = VideoMetadata::read(medium.toLocalFile());
     setInitialOrientation(0, 0, 0);
     applyStereoMode(metadata);
     applyProjection(metadata);

@@ -2,6 +2,7 @@
 // The entry point.
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/DetachedThread.h"
 #include "app/EndGuard.h"
 #include "app/PicturePrefetch.h"
 #include "app/Platform.h"
@@ -104,7 +105,7 @@ int main(int argc, char **argv)
     try {
         const Outcome outcome = runApplication(argc, argv, startDirectory);
         relaunch(outcome, startDirectory);
-        if (PicturePrefetch::isAtWork())
+        if (DetachedThread::isAtWork())
             _exit(outcome.exitCode);
         return outcome.exitCode;
     } catch (const std::exception &exception) {

@@ -17,13 +17,15 @@ Item {
                                    || playerStatus === Vx_MediaPlayer.Stalled
                                    || playerStatus === Vx_MediaPlayer.Buffering
                                    || playerStatus === Vx_MediaPlayer.EndOfMedia
+                                   || vxGlobalObject.opening
     // In one expression: two conditions that change in turn would both fail in between, and the
-    // info screen would be made and thrown away while a picture appears.
-    // A film that its player has not told of yet is on its way.
-    readonly property bool isEmpty: playerStatus === Vx_MediaPlayer.UnknownStatus
-                                    || playerStatus === Vx_MediaPlayer.InvalidMedia
-                                    || (playerStatus === Vx_MediaPlayer.NoMedia
-                                        && mediaLoader.mediaSource.toString() === "")
+    // info screen would be made and thrown away while a picture appears. A film that its player has
+    // not told of yet is on its way.
+    readonly property bool isEmpty: !vxGlobalObject.opening
+                                    && (playerStatus === Vx_MediaPlayer.UnknownStatus
+                                        || playerStatus === Vx_MediaPlayer.InvalidMedia
+                                        || (playerStatus === Vx_MediaPlayer.NoMedia
+                                            && mediaLoader.mediaSource.toString() === ""))
     property alias view: panorama
     // Radians per pixel.
     readonly property real moveSpeed: 0.005

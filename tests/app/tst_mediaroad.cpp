@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // From what the user names to what the player gets: files, folders, playlist files, metadata.
 #include "RecordingLoader.h"
+#include "app/DetachedThread.h"
 #include "settings/VxVlcOptions.h"
 
 #include <QDir>
@@ -49,7 +50,7 @@ private Q_SLOTS:
         };
         m_controller->openFiles(QStringList());
         for (const auto &[argument, url] : rows) {
-            m_controller->openFile(argument, true);
+            open(argument, true);
             QCOMPARE(opened().url, url);
             QCOMPARE(opened().error, QString());
             QVERIFY(opened().dragAndDrop && m_controller->playListIsEmpty());
@@ -72,7 +73,7 @@ private Q_SLOTS:
         m_controller->playListSetNext();
         m_controller->openFiles(all, false);
         QCOMPARE(opened().url, all.first());
-        m_controller->openFile("/a/2.jpg");
+        open("/a/2.jpg");
         QVERIFY(m_controller->playListIsEmpty());
         QCOMPARE(m_controller->playListIndex(), -1);
     }
@@ -93,7 +94,7 @@ private Q_SLOTS:
         for (const auto &[size, error, entries] : rows) {
             while (files < size)
                 make(QString("%1 #.jpg").arg(files++));
-            m_controller->openFile(m_folder->path() + '/');
+            open(m_folder->path() + '/');
             QCOMPARE(opened().error, QString(error));
             QCOMPARE(m_controller->getPlayList().size(), entries);
             QCOMPARE(opened().url.adjusted(QUrl::RemoveFilename).isEmpty(), *error != '\0');
@@ -105,7 +106,7 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(path("999 #.jpg")) && newest.open(QIODevice::ReadWrite));
         newest.setFileTime(QDateTime::currentDateTime().addSecs(60),
                            QFileDevice::FileModificationTime);
-        m_controller->openFile(m_folder->path());
+        open(m_folder->path());
         QCOMPARE(opened().url, url("7 #.jpg"));
     }
 
@@ -119,7 +120,7 @@ private Q_SLOTS:
         };
         for (const auto &[list, error] : rows) {
             m_controller->openFiles(QStringList{"/a/1.jpg", "/a/2.jpg"});
-            m_controller->openFile(list, true);
+            open(list, true);
             QCOMPARE(opened().error, QString(error));
             QVERIFY(opened().url.isEmpty() && opened().dragAndDrop);
             QVERIFY(m_controller->playListIsEmpty());
@@ -131,7 +132,7 @@ private Q_SLOTS:
         const QByteArray mark = "\xef\xbb\xbf"; // of the byte order
         const QString list = make("shows/list.vspl", mark + kTour);
         make("b.png");
-        m_controller->openFile(list);
+        open(list);
         const QList<QUrl> media = m_controller->getPlayList();
         QCOMPARE(media.size(), 5);
         QCOMPARE(media[0], url("shows/día 1 #%.jpg"));
@@ -149,18 +150,17 @@ private Q_SLOTS:
 
     void playlistFilesAddUp()
     {
-        const auto open = [this](const QString &list, const QByteArray &media) {
+        const auto openOne = [this](const QString &list, const QByteArray &media) {
             const QByteArray logo = QFileInfo(list).baseName().toLatin1() + ".png";
-            m_controller->openFile(
-                make(list, "[{\"media\":\"" + media + "\",\"logo\":\"" + logo + "\"}]"));
+            open(make(list, "[{\"media\":\"" + media + "\",\"logo\":\"" + logo + "\"}]"));
         };
-        open("1.vspl", "a.jpg");
+        openOne("1.vspl", "a.jpg");
         QVERIFY(m_controller->playListIsEmpty());
         QCOMPARE(opened().url, url("a.jpg"));
-        open("2.vspl", "b.jpg");
+        openOne("2.vspl", "b.jpg");
         QCOMPARE(m_controller->getDynamicLogo(url("a.jpg")), url("1.png"));
-        open("3.vspl", "a.jpg");
-        open("sub/4.vspl", "a.jpg"); // another medium
+        openOne("3.vspl", "a.jpg");
+        openOne("sub/4.vspl", "a.jpg"); // another medium
         QCOMPARE(m_controller->getDynamicLogo(url("a.jpg")), url("3.png"));
         QCOMPARE(m_controller->getDynamicLogo(url("b.jpg")), url("2.png"));
         QCOMPARE(m_controller->getDynamicLogo(url("sub/a.jpg")), url("sub/4.png"));
@@ -175,9 +175,50 @@ private Q_SLOTS:
             for (const QString &name : names)
                 files.append(make(name, list));
             m_controller->openFiles(files);
+            QTRY_VERIFY(!m_controller->isOpening());
             QCOMPARE(opened().url, QUrl::fromLocalFile(files.first()));
             QCOMPARE(opened().error, QString());
         }
+    }
+
+    // A disk may take minutes to answer; what is asked of the player meanwhile holds.
+    void whileTheFileIsLookedAt()
+    {
+        const auto settle = [] {
+            QTRY_VERIFY(!DetachedThread::isAtWork());
+            QCoreApplication::processEvents();
+        };
+        m_controller->openFiles(QStringList{"/a/1.jpg", "/a/2.mp4"});
+        const int before = m_app->loader.media.size();
+        m_controller->openFile(make("a.mp4"));
+        QVERIFY(m_controller->isOpening());
+        QCOMPARE(m_app->loader.media.size(), before);
+        m_controller->playListSetNext(false); // as at the end of a medium
+        QCOMPARE(m_controller->playListIndex(), 0);
+        settle();
+        QCOMPARE(opened().url, url("a.mp4"));
+        QVERIFY(m_controller->playListIsEmpty());
+
+        // A later choice takes its place, and so does a stop.
+        m_controller->openFile(path("a.mp4"));
+        m_controller->openFile("http://host/b.mp4");
+        settle();
+        QCOMPARE(opened().url, QUrl("http://host/b.mp4"));
+        QCOMPARE(m_app->loader.media.size(), before + 2);
+        m_controller->openFile(path("a.mp4"));
+        m_controller->clearPlayList();
+        settle();
+        QCOMPARE(m_app->loader.media.size(), before + 2);
+
+        // Entries of a playlist as well, and nobody hears an answer that comes too late.
+        m_controller->openFiles(QStringList{"/a/1.mp4", "/a/2.mp4"});
+        QVERIFY(m_controller->isOpening());
+        m_controller->playListSetNext();
+        settle();
+        QCOMPARE(m_app->loader.media.size(), before + 3);
+        QCOMPARE(opened().url, QUrl("file:///a/2.mp4"));
+        m_controller->openFile(path("a.mp4"));
+        m_app.reset();
     }
 
     void thumbnail()
@@ -260,16 +301,16 @@ private Q_SLOTS:
         };
         const QString stereoscopy = "instance/input/stereoscopy";
         for (const auto &[setting, word, ofTheFile, mode] : rows) {
-            m_controller->openFile(make("list.vspl",
-                                        "[{\"media\": \"a.jpg\", \"stereo\": \"" + word
-                                            + "\"}, {\"media\": \"b.jpg\"}]"));
+            open(make("list.vspl",
+                      "[{\"media\": \"a.jpg\", \"stereo\": \"" + word
+                          + "\"}, {\"media\": \"b.jpg\"}]"));
             m_app->builder->setStereoMode(kBefore);
             m_app->loader.setMetadata({{"Stereoscopy", ofTheFile}});
             m_app->settingsObject->set(stereoscopy, setting);
             QCOMPARE(m_app->builder->stereoMode(), mode);
         }
         // Outside of a playlist its words say nothing.
-        m_controller->openFile(path("a.jpg"));
+        open(path("a.jpg"));
         m_app->builder->setStereoMode(kBefore);
         m_app->loader.setMetadata({});
         m_app->settingsObject->set(stereoscopy, kAuto);
@@ -312,6 +353,13 @@ private Q_SLOTS:
     }
 
 private:
+    /// Opens a file and waits until it has been looked at.
+    void open(const QString &file, bool dragAndDrop = false)
+    {
+        m_controller->openFile(file, dragAndDrop);
+        QTRY_VERIFY(!m_controller->isOpening());
+    }
+
     /// What the loader was given last.
     const RecordingLoader::Medium &opened() const { return m_app->loader.media.last(); }
 

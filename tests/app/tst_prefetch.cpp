@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The picture that is decoded ahead is the one that Qt's reader gives, and what cannot be decoded
 // ahead is left to it.
+#include "app/DetachedThread.h"
 #include "app/JpegDecoder.h"
 #include "app/PicturePrefetch.h"
 
@@ -102,6 +103,9 @@ private Q_SLOTS:
         QCOMPARE(prefetch->source(file).scheme(), QString("image"));
         QCOMPARE(prefetch->source(file), file);
     }
+
+    // What a thread still uses must not go before it.
+    void cleanupTestCase() { QTRY_VERIFY(!DetachedThread::isAtWork()); }
 
 private:
     QTemporaryDir m_folder;

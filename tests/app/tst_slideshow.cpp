@@ -136,6 +136,7 @@ private:
         for (int i = 0; i < size; ++i)
             files.append(QString("/%1.jpg").arg(i));
         m_controller->openFiles(files);
+        QTRY_VERIFY(!m_controller->isOpening());
         m_app->loader.media.clear();
     }
 

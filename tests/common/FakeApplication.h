@@ -3,6 +3,7 @@
 
 // The controller among real settings, modes and textures, without the program around them.
 
+#include "app/DetachedThread.h"
 #include "app/VxGlobalObject.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
@@ -10,6 +11,7 @@
 #include "tests/common/FakeContext.h"
 
 #include <QObject>
+#include <QThread>
 #include <QTimer>
 
 /// Makes and connects the objects as the program does. The settings have their defaults and are
@@ -54,6 +56,9 @@ public:
         delete controller;
         delete builder;
         delete provider;
+        // The program ends without destructors while a disk is asked; a test ends with them.
+        while (DetachedThread::isAtWork())
+            QThread::msleep(1);
     }
 
 private:

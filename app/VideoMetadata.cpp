@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/VideoMetadata.h"
+
+#include "movparser/src/mov_file_reader.h"
+
+#include <QFileInfo>
+#include <QSize>
+
+#include <string>
+
+QVariantMap VideoMetadata::read(const QString &path)
+{
+    Tavro::MovParserLib::MovFileReader reader;
+    // A pipe would keep the reader waiting.
+    if (!QFileInfo(path).isFile() || reader.Open(path) != 0 || !reader.HasVideo())
+        return {};
+
+    uint32_t width = 0;
+    uint32_t height = 0;
+    if (reader.GetFrameSize(&width, &height) != 0)
+        width = height = 0;
+    double frameRate = 0;
+    if (reader.GetFrameRate(&frameRate) != 0)
+        frameRate = 0;
+    bool isTavroFile = false;
+    if (reader.IsTavroFile(&isTavroFile) != 0)
+        isTavroFile = false;
+    float yaw = 0;
+    float pitch = 0;
+    float roll = 0;
+    if (reader.GetInitialPose(&yaw, &pitch, &roll) != 0)
+        yaw = pitch = roll = 0;
+    uint32_t projection = Equirectangular;
+    if (reader.GetProjection(&projection) != 0)
+        projection = Equirectangular;
+    uint32_t stereoMode = Mono;
+    if (reader.GetStereoMode(&stereoMode) != 0)
+        stereoMode = Mono;
+    std::string writingTool;
+    if (reader.GetWritingTool(&writingTool) != 0)
+        writingTool.clear();
+
+    return {{kTextureSize, QSize(int(width), int(height))},
+            {QStringLiteral("Frame width"), width},
+            {QStringLiteral("Frame height"), height},
+            {QStringLiteral("Video frame rate"), frameRate},
+            {QStringLiteral("Tavro file"), isTavroFile},
+            {QStringLiteral("Initial yaw"), yaw},
+            {QStringLiteral("Initial pitch"), pitch},
+            {QStringLiteral("Initial roll"), roll},
+            {kProjection, int(projection)},
+            {kStereoscopy, int(stereoMode)},
+            {QStringLiteral("Writing Tool"), QString::fromStdString(writingTool)}};
+}
