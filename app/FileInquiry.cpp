@@ -9,8 +9,10 @@
 /// The way back to the main thread, which is cut when nobody listens any more.
 struct FileInquiry::Line
 {
-    std::mutex mutex;
-    FileInquiry *receiver; // null once it is gone
+    std::mutex mutex; // guards the members below
+    FileInquiry *receiver = nullptr; // null once it is gone
+    int number = 0; // of the question that is answered
+    Answer answer; // until it is heard
 };
 
 FileInquiry::FileInquiry()
@@ -30,24 +32,32 @@ void FileInquiry::ask(std::function<Answer()> question)
     const int number = ++m_latest;
     if (!std::exchange(m_isAsking, true))
         Q_EMIT askingChanged();
-    // Of this object the thread touches the line only; what it sends back is dropped with it.
-    DetachedThread::start([this, line = m_line, number, question = std::move(question)] {
+    DetachedThread::start([line = m_line, number, question = std::move(question)] {
         Answer answer = question();
         const std::lock_guard lock(line->mutex);
-        if (!line->receiver)
+        if (!line->receiver || number < line->number)
             return;
-        QMetaObject::invokeMethod(
-            line->receiver,
-            [this, number, answer = std::move(answer)] {
-                if (number != m_latest)
-                    return;
-                m_isAsking = false;
-                answer();
-                if (!m_isAsking)
-                    Q_EMIT askingChanged();
-            },
-            Qt::QueuedConnection);
+        line->number = number;
+        line->answer = std::move(answer);
+        QMetaObject::invokeMethod(line->receiver, &FileInquiry::hear, Qt::QueuedConnection);
     });
+}
+
+void FileInquiry::hear()
+{
+    Answer answer;
+    {
+        const std::lock_guard lock(m_line->mutex);
+        if (m_line->number == m_latest)
+            answer = std::exchange(m_line->answer, nullptr);
+    }
+    // One that came too late, or was heard with the notice of the one before.
+    if (!answer || !m_isAsking)
+        return;
+    m_isAsking = false;
+    answer();
+    if (!m_isAsking)
+        Q_EMIT askingChanged();
 }
 
 void FileInquiry::forget()

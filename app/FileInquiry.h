@@ -36,6 +36,8 @@ Q_SIGNALS:
 private:
     struct Line;
 
+    void hear();
+
     std::shared_ptr<Line> m_line; // shared with the threads
     int m_latest = 0; // number of the last question
     bool m_isAsking = false;
