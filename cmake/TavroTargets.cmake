@@ -24,7 +24,8 @@ function(tavro_library name)
 endfunction()
 
 # For every test, beside what it asks for itself.
-set(TAVRO_TEST_ENVIRONMENT LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/common/lsan.supp)
+set(TAVRO_TEST_ENVIRONMENT
+  LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/common/lsan.supp:print_suppressions=0)
 
 # tavro_test(NAME SOURCES... LIBS... [DISPLAY|DESKTOP] [TIMEOUT n] [ENVIRONMENT...]): one test
 # program. DISPLAY runs it under an X server of its own, DESKTOP adds a window manager.

@@ -66,13 +66,19 @@ Item {
         id: infoScreen
 
         property bool isStarted: false
+        // Between one medium and the next the area is empty for a moment that nobody sees.
+        property bool isSettled: false
+        readonly property bool isEmpty: area.isEmpty
+
+        function settle() {
+            isSettled = isEmpty;
+        }
 
         anchors.fill: parent
+        onIsEmptyChanged: Qt.callLater(settle)
         // A file of the command line takes over right after the first frame: until then the screen
         // would only flash, and its fonts would keep the file waiting.
-        active: isStarted && area.isEmpty
-        // Between one medium and the next the area is empty for a moment that nobody sees.
-        asynchronous: true
+        active: isStarted && isSettled && isEmpty
         source: "Vx_InfoScreen.qml"
         onLoaded: item.errorString = Qt.binding(() => area.mediaLoader.mediaPlayer.errorString)
 
@@ -82,6 +88,7 @@ Item {
 
             function onFrameSwapped() {
                 infoScreen.isStarted = true;
+                infoScreen.settle();
             }
         }
 
@@ -100,7 +107,7 @@ Item {
 
     Loader {
         anchors.centerIn: parent
-        active: spinnerDelay.elapsed
+        active: spinnerDelay.elapsed && area.isBusy
         sourceComponent: Vx_Spinner {
         }
     }
@@ -113,7 +120,11 @@ Item {
 
         interval: 300
         running: area.isBusy
-        onRunningChanged: elapsed = false
+        // It stops by itself after it has triggered.
+        onRunningChanged: {
+            if (running)
+                elapsed = false;
+        }
         onTriggered: elapsed = true
     }
 

@@ -21,6 +21,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 #include <tuple>
 
@@ -31,6 +32,7 @@ constexpr int kStopped = 0;
 constexpr int kPlaying = 1;
 constexpr int kPaused = 2;
 constexpr int kNoMedia = 1;
+constexpr int kLoading = 2;
 constexpr int kBuffered = 6;
 
 QStringList warnings;
@@ -177,6 +179,34 @@ private Q_SLOTS:
         QCOMPARE(player(loader)->property("errorString").toString(), message);
         QCOMPARE(player(loader)->property("mediaSource").toUrl(), QUrl());
         QCOMPARE(m_app->provider->textureId(), 0);
+    }
+
+    void tellsWhatGoesOn()
+    {
+        QObject *loader = create("Vx_MediaLoader.qml");
+        QObject *area = create("Vx_VideoArea.qml", {{"mediaLoader", QVariant::fromValue(loader)}});
+        QVERIFY(area);
+        const auto shows = [area](const char *type) {
+            const auto items = area->findChildren<QQuickItem *>();
+            return std::any_of(items.begin(), items.end(), [type](const QQuickItem *item) {
+                return QByteArray(item->metaObject()->className()).startsWith(type);
+            });
+        };
+        const auto become = [&](int status) {
+            player(loader)->setProperty("playerStatus", status);
+        };
+        QTRY_VERIFY(shows("Vx_InfoScreen"));
+        for (int times = 0; times < 2; ++times) {
+            become(kLoading);
+            QVERIFY(!shows("Vx_Spinner")); // not at once
+            QTRY_VERIFY(shows("Vx_Spinner"));
+            QVERIFY(!shows("Vx_InfoScreen"));
+            become(kBuffered);
+            QTRY_VERIFY(!shows("Vx_Spinner"));
+            become(kNoMedia); // as between one medium and the next
+            QVERIFY(!shows("Vx_InfoScreen"));
+        }
+        QTRY_VERIFY(shows("Vx_InfoScreen"));
     }
 
     void catchesWhatIsDropped()
