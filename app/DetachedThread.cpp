@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -15,18 +16,24 @@ std::atomic_int threadsAtWork{0};
 
 } // namespace
 
-void DetachedThread::start(std::function<void()> work, int niceness)
+bool DetachedThread::start(std::function<void()> work, int niceness)
 {
     ++threadsAtWork;
-    std::thread([work = std::move(work), niceness]() mutable {
-        if (niceness != 0) {
-            const auto thread = id_t(syscall(SYS_gettid));
-            setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + niceness);
-        }
-        work();
-        work = nullptr; // before the thread no longer counts
+    try {
+        std::thread([work = std::move(work), niceness]() mutable {
+            if (niceness != 0) {
+                const auto thread = id_t(syscall(SYS_gettid));
+                setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + niceness);
+            }
+            work();
+            work = nullptr; // before the thread no longer counts
+            --threadsAtWork;
+        }).detach();
+    } catch (const std::system_error &) {
         --threadsAtWork;
-    }).detach();
+        return false;
+    }
+    return true;
 }
 
 bool DetachedThread::isAtWork()

@@ -9,8 +9,8 @@
 namespace DetachedThread {
 
 /// Runs \a work on a thread of its own, at a priority that is \a niceness lower than the caller's.
-/// On any thread.
-void start(std::function<void()> work, int niceness = 0);
+/// False when the system has no thread to give. On any thread.
+bool start(std::function<void()> work, int niceness = 0);
 
 /// True while such a thread is at work: the process must then end without the destructors of what
 /// it uses. On any thread.

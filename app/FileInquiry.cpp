@@ -32,7 +32,7 @@ void FileInquiry::ask(std::function<Answer()> question)
     const int number = ++m_latest;
     if (!std::exchange(m_isAsking, true))
         Q_EMIT askingChanged();
-    DetachedThread::start([line = m_line, number, question = std::move(question)] {
+    const auto work = [line = m_line, number, question = std::move(question)] {
         Answer answer = question();
         const std::lock_guard lock(line->mutex);
         if (!line->receiver || number < line->number)
@@ -40,7 +40,10 @@ void FileInquiry::ask(std::function<Answer()> question)
         line->number = number;
         line->answer = std::move(answer);
         QMetaObject::invokeMethod(line->receiver, &FileInquiry::hear, Qt::QueuedConnection);
-    });
+    };
+    // So many disks hang already that there is no thread left: better to wait than to say nothing.
+    if (!DetachedThread::start(work))
+        work();
 }
 
 void FileInquiry::hear()

@@ -131,8 +131,9 @@ PicturePrefetch::PicturePrefetch(const QString &path)
     , m_decoding(std::make_shared<Decoding>())
 {
     const QByteArray jpeg = hasJpegName(path) ? QFile::encodeName(path) : QByteArray();
-    DetachedThread::start([decoding = m_decoding, path, jpeg] { decoding->run(path, jpeg); },
-                          kNiceness);
+    const auto decode = [decoding = m_decoding, path, jpeg] { decoding->run(path, jpeg); };
+    if (!DetachedThread::start(decode, kNiceness))
+        m_decoding->isFinished = true; // and who asks decodes
 }
 
 PicturePrefetch::~PicturePrefetch()

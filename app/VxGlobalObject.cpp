@@ -462,6 +462,7 @@ void VxGlobalObject::quit()
 void VxGlobalObject::end(int exitCode)
 {
     Q_EMIT ending(exitCode);
+    m_mediumInquiry.forget();
     // Playback must have stopped before the event loop does: its threads call back into items that
     // teardown deletes.
     if (m_mediaLoader)

@@ -29,7 +29,8 @@ class VxGlobalObject : public QObject
     Q_OBJECT
     Q_PROPERTY(QString videoLogMessage READ videoLogMessage WRITE setVideoLogMessage NOTIFY
                    videoLogMessageChanged)
-    /// A medium was asked for and is looked at; its player does not know it yet.
+    /// A medium was asked for and is looked at; its player does not know it yet. The signal follows
+    /// when the player knows.
     Q_PROPERTY(bool opening READ isOpening NOTIFY openingChanged)
     Q_PROPERTY(float yaw READ yaw WRITE setYaw NOTIFY yawChanged)
     Q_PROPERTY(float pitch READ pitch WRITE setPitch NOTIFY pitchChanged)
@@ -69,7 +70,6 @@ public:
 
     /// Leaving the event loop with this code starts the program anew.
     static constexpr int kRestartExitCode = 123456789;
-    /// A folder with this many files, or more, is refused.
 
     /// \a context must outlive the object and have its settings, its window (a QQuickView) and
     /// its texture provider.

@@ -59,7 +59,7 @@ void VxGlobalObject::openFiles(QList<QUrl> urls, bool dragAndDrop)
 {
     if (urls.isEmpty())
         return;
-    // What is shown now ends here, however long the look at its successor takes.
+    // However long the look takes, what is shown now is not followed by anything else.
     m_nextImageTimer.stop();
     const QUrl only = urls.first();
     if (urls.size() > 1 || !only.isLocalFile()) {
@@ -169,8 +169,8 @@ void VxGlobalObject::playListSetNext(bool forceNext)
         setPlayListIndex(next % m_playlist.size());
         return;
     }
-    // The user has asked for another medium, which is looked at.
-    if (m_mediumInquiry.isAsking())
+    // The user has chosen what comes next.
+    if (isOpening())
         return;
     switch (m_loopMode) {
     case NoLoop:
@@ -261,6 +261,9 @@ void VxGlobalObject::resumeTimerNextImage()
 
 void VxGlobalObject::imageTimeoutSetNext()
 {
+    // The user has chosen what comes next.
+    if (isOpening())
+        return;
     if (!m_playlist.isEmpty()) {
         playListSetNext(false);
         return;

@@ -149,6 +149,9 @@ Item {
     }
 
     function handleEndOfMedia() {
+        // The user has chosen what comes next.
+        if (vxGlobalObject.opening)
+            return;
         if (!vxGlobalObject.playListIsEmpty())
             vxGlobalObject.playListSetNext(false);
         else if (vxGlobalObject.loopMode > 0)

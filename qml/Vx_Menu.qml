@@ -80,7 +80,7 @@ Item {
 
     Shortcut {
         sequence: "Ctrl+W"
-        enabled: menu.hasMedia
+        enabled: menu.hasMedia || vxGlobalObject.opening
         onActivated: menu.mediaLoader.stop()
     }
 

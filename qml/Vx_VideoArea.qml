@@ -13,19 +13,21 @@ Item {
     readonly property bool isShowing: playerStatus === Vx_MediaPlayer.Loaded
                                       || playerStatus === Vx_MediaPlayer.Stalled
                                       || playerStatus === Vx_MediaPlayer.Buffered
+    // Given to a player that has not told of it yet.
+    readonly property bool isAwaited: playerStatus === Vx_MediaPlayer.NoMedia
+                                      && mediaLoader.mediaSource.toString() !== ""
+                                      && mediaLoader.mediaPlayer.errorString === ""
     readonly property bool isBusy: playerStatus === Vx_MediaPlayer.Loading
                                    || playerStatus === Vx_MediaPlayer.Stalled
                                    || playerStatus === Vx_MediaPlayer.Buffering
                                    || playerStatus === Vx_MediaPlayer.EndOfMedia
-                                   || vxGlobalObject.opening
+                                   || vxGlobalObject.opening || isAwaited
     // In one expression: two conditions that change in turn would both fail in between, and the
-    // info screen would be made and thrown away while a picture appears. A film that its player has
-    // not told of yet is on its way.
+    // info screen would be made and thrown away while a picture appears.
     readonly property bool isEmpty: !vxGlobalObject.opening
                                     && (playerStatus === Vx_MediaPlayer.UnknownStatus
                                         || playerStatus === Vx_MediaPlayer.InvalidMedia
-                                        || (playerStatus === Vx_MediaPlayer.NoMedia
-                                            && mediaLoader.mediaSource.toString() === ""))
+                                        || (playerStatus === Vx_MediaPlayer.NoMedia && !isAwaited))
     property alias view: panorama
     // Radians per pixel.
     readonly property real moveSpeed: 0.005

@@ -207,6 +207,20 @@ private Q_SLOTS:
             QVERIFY(!shows("Vx_InfoScreen"));
         }
         QTRY_VERIFY(shows("Vx_InfoScreen"));
+
+        // A player that never tells of its medium, and one that only says what is wrong.
+        loader->setProperty("mediaPlayer", QVariant::fromValue(idlePlayer()));
+        QTRY_VERIFY(shows("Vx_Spinner") && !shows("Vx_InfoScreen"));
+        player(loader)->setProperty("errorString", "No service");
+        QTRY_VERIFY(shows("Vx_InfoScreen") && !shows("Vx_Spinner"));
+
+        // What ends while the next medium is looked at does not stop the player.
+        m_app->controller->openFile("/not there.jpg");
+        QVERIFY(m_app->controller->isOpening());
+        QMetaObject::invokeMethod(loader, "handleEndOfMedia");
+        QVERIFY(m_app->controller->isOpening());
+        QMetaObject::invokeMethod(loader, "stop");
+        QVERIFY(!m_app->controller->isOpening());
     }
 
     void catchesWhatIsDropped()
@@ -305,6 +319,21 @@ private:
     QObject *player(const QObject *loader) const
     {
         return loader->property("mediaPlayer").value<QObject *>();
+    }
+
+    /// A player with a medium and the states that the interface reads, which does nothing.
+    QObject *idlePlayer()
+    {
+        QQmlComponent component(m_view->engine());
+        component.setData(
+            "import QtQuick 2.15\nItem { property int playerStatus: 1\n"
+            "property url mediaSource: 'file:///a.mp4'\nproperty string errorString\n"
+            "property string logMessage\nproperty var fileMetadata\n"
+            "property Item shaderEffectSource\nproperty int textureId\n"
+            "function stop() {} }",
+            QUrl());
+        m_objects.append(component.create(m_view->rootContext()));
+        return m_objects.last();
     }
 
     QString picture(const QString &name)

@@ -199,8 +199,11 @@ private Q_SLOTS:
         QCOMPARE(opened().url, url("a.mp4"));
         QVERIFY(m_controller->playListIsEmpty());
 
-        // A later choice takes its place, and so does a stop.
         m_controller->openFile(path("a.mp4"));
+        m_controller->imageTimeoutSetNext();
+        QCOMPARE(m_app->loader.calls, QStringList());
+
+        // A later choice takes its place, and so does a stop.
         m_controller->openFile("http://host/b.mp4");
         settle();
         QCOMPARE(opened().url, QUrl("http://host/b.mp4"));
