@@ -80,10 +80,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // A signal that is still on its way from the rendering thread when its sender goes is never
-        // freed.
-        m_view->hide();
-        QCoreApplication::sendPostedEvents();
+        endFrames();
         // Before what their bindings read; what was made first, others were given.
         while (!m_objects.isEmpty())
             delete m_objects.takeLast();
@@ -126,6 +123,7 @@ private Q_SLOTS:
             m_view->update();
             shown = QTest::qWaitFor([&] { return frames.count() > frame; });
         }
+        endFrames();
         delete object;
         qInstallMessageHandler(previous);
         QVERIFY(shown);
@@ -301,6 +299,14 @@ private Q_SLOTS:
     }
 
 private:
+    /// A signal that is still on its way from the rendering thread when its sender goes is never
+    /// freed.
+    void endFrames()
+    {
+        m_view->hide();
+        QCoreApplication::sendPostedEvents();
+    }
+
     /// Makes an object of one of the interface's files; items stand in the window.
     QObject *create(const QString &file, const QVariantMap &properties = {})
     {
