@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Loaded into the player before the C library: a file whose name says so lies on a disk that takes
-// the request to open it and never answers.
+// the request to open it, or to write it, and never answers.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <stdarg.h>
@@ -9,7 +9,8 @@
 
 static int answer(const char *function, const char *path, int flags, mode_t mode)
 {
-    while (strstr(path, "dead disk"))
+    while (strstr(path, "dead disk")
+           || ((flags & O_ACCMODE) != O_RDONLY && strstr(path, "no room")))
         pause();
     int (*next)(const char *, int, ...) =
         (int (*)(const char *, int, ...))dlsym(RTLD_NEXT, function);

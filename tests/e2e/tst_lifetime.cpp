@@ -66,6 +66,17 @@ private Q_SLOTS:
             hung.end("Ctrl+Q");
             QCOMPARE(hung.waitForEnd(), 0);
         }
+
+        // The settings are written by the main thread: there a second signal ends the program.
+        PlayerStart start{{}, {}, environment};
+        start.configHome = m_dir.filePath("no room");
+        PlayerProcess hung(start);
+        QVERIFY(hung.window() != 0);
+        hung.terminate(SIGTERM);
+        QTest::qWait(500);
+        QVERIFY(hung.hasWindow());
+        hung.terminate(SIGTERM);
+        QCOMPARE(hung.waitForEnd(), -1);
 #else
         QSKIP("The C library's calls cannot be replaced in a sanitized build.");
 #endif
