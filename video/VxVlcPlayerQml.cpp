@@ -349,6 +349,7 @@ void VxVlcPlayerQml::initVlcPlayerInstance()
         return;
     m_session = std::move(session);
     initFakeSurfaces();
+    update(); // for the decoder's root context
     if (m_volumePercent >= 0)
         libvlc_audio_set_volume(player(), m_volumePercent);
     libvlc_event_manager_t *events = libvlc_media_player_event_manager(player());

@@ -33,14 +33,16 @@ VlcSession *sessionOf(void *opaque)
 
 } // namespace
 
-// On the rendering thread, the main thread waiting.
+// On the rendering thread, the main thread waiting. The first picture that the program shows does
+// not wait for a context that only films need.
 QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 {
-    if (makeRoot()) {
+    if (m_transfer == Texture::None && QOpenGLContext::currentContext()) {
         m_transfer = Texture(false).transfer();
-        QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces, Qt::QueuedConnection);
         Q_EMIT textureTransferChanged();
     }
+    if (m_session && makeRoot())
+        QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces, Qt::QueuedConnection);
     return QQuickPaintedItem::updatePaintNode(node, data);
 }
 
