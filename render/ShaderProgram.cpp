@@ -23,8 +23,8 @@ QOpenGLShaderProgram *ShaderProgram::build(const char *name, const QByteArray &v
                                            const QByteArray &fragmentSource)
 {
     auto program = std::make_unique<QOpenGLShaderProgram>();
-    if (program->addShaderFromSourceCode(QOpenGLShader::Vertex, vertexSource)
-        && program->addShaderFromSourceCode(QOpenGLShader::Fragment, fragmentSource)
+    if (program->addCacheableShaderFromSourceCode(QOpenGLShader::Vertex, vertexSource)
+        && program->addCacheableShaderFromSourceCode(QOpenGLShader::Fragment, fragmentSource)
         && program->link())
         return program.release();
 
