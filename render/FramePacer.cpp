@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/FramePacer.h"
 
-#include <QQuickPaintedItem>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QScreen>
 
-FramePacer::FramePacer(QQuickPaintedItem *item)
+FramePacer::FramePacer(QQuickItem *item)
     : QObject(item)
     , m_item(item)
 {
@@ -28,8 +28,7 @@ void FramePacer::requestFrame()
     if (!m_item->isVisible())
         return;
     m_sinceRequest.start();
-    // The base class fills what is to be painted first, and the item paints over all of it anyway.
-    m_item->update(QRect(0, 0, 1, 1));
+    m_item->update();
 }
 
 void FramePacer::onFrameSwapped()

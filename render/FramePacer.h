@@ -9,7 +9,7 @@
 #include <QObject>
 #include <QTimer>
 
-class QQuickPaintedItem;
+class QQuickItem;
 class QQuickWindow;
 
 /// Asks an item for its frames: at once when something changes, and otherwise some refreshes of the
@@ -19,7 +19,7 @@ class FramePacer : public QObject
     Q_OBJECT
 
 public:
-    explicit FramePacer(QQuickPaintedItem *item);
+    explicit FramePacer(QQuickItem *item);
 
     /// Begins the loop; \a window shows the item.
     void start(QQuickWindow *window);
@@ -38,7 +38,7 @@ private Q_SLOTS:
 private:
     int intervalMs() const;
 
-    QQuickPaintedItem *m_item; // not owned
+    QQuickItem *m_item; // not owned
     QTimer m_timer;
     QElapsedTimer m_sinceRequest;
     bool m_restless = false;

@@ -6,7 +6,7 @@
 #include "devices/VxHmdUIManager.h"
 #include "render/FastBlur.h"
 #include "render/FramePacer.h"
-#include "render/RowCopy.h"
+#include "render/FramebufferNode.h"
 #include "render/SceneStirrer.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
@@ -73,11 +73,6 @@ VistrelView::VistrelView(QQuickItem *parent)
     omp_init_lock(&m_printLock);
     setMipmap(false);
     setRenderTarget(InvertedYFramebufferObject);
-    // Each frame covers the item. In a window without a depth buffer Qt blends it all the same, so
-    // the framebuffer's alpha has to be 1 wherever a frame ends.
-    setOpaquePainting(true);
-    // The framebuffer has the item's own pixels: filtering it would only cost time.
-    setSmooth(false);
 }
 
 VistrelView::~VistrelView()
@@ -187,20 +182,23 @@ void VistrelView::computeViewportParameters()
     m_pacer->requestFrame();
 }
 
-// On the rendering thread, with the main thread held.
-QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
+// On the rendering thread, with the main thread held. The base class would open a painter on its
+// framebuffer, which nothing here uses.
+QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
 {
-    if (!m_context)
-        return QQuickPaintedItem::updatePaintNode(node, data);
+    if (!m_context || !QOpenGLContext::currentContext())
+        return node;
     // Nothing of a hidden item is seen; the loop goes on when it is shown.
     if (!isVisible()) {
         m_frameKept = false;
         return node;
     }
     m_state = currentState();
-    // A new node brings a new framebuffer, possibly under the old one's number. Without a texture
-    // no shader is used.
-    const bool kept = node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
+    m_node = static_cast<FramebufferNode *>(node);
+    const bool resized = !m_node || m_state.itemSize != m_painted.itemSize
+        || m_state.pixelRatio != m_painted.pixelRatio;
+    // Without a texture no shader is used.
+    const bool kept = !resized && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
         && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
         && m_state == m_painted;
     // While a film opens there is nothing to turn, and its decoder needs the processors.
@@ -208,20 +206,25 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
         m_sinceTurn.start();
     m_pacer->setRestless(m_state.overlay
                          || (m_sinceTurn.isValid() && !m_sinceTurn.hasExpired(kTurnMs)));
-    if (!kept) {
-        m_frameKept = false;
-        if (!node || m_state.itemSize != m_painted.itemSize
-            || m_state.pixelRatio != m_painted.pixelRatio)
-            m_newFramebuffer = true;
-        m_node = QQuickPaintedItem::updatePaintNode(node, data);
-        RowCopy::prepareNode(m_node);
+    if (kept) {
+        // A scene without any change would not be swapped, and the next frame hangs on the swap of
+        // this one.
+        m_node->markDirty(QSGNode::DirtyMaterial);
+        computeFps();
         return m_node;
     }
-    // The base class would clear the framebuffer before it lets us paint. A scene without any
-    // change would not be swapped, and the next frame hangs on the swap of this one.
-    node->markDirty(QSGNode::DirtyMaterial);
-    computeFps();
-    return node;
+    m_frameKept = false;
+    if (m_state.itemSize.isEmpty()) {
+        delete node;
+        m_node = nullptr;
+        return nullptr;
+    }
+    if (!m_node)
+        m_node = new FramebufferNode(m_context->window());
+    if (resized)
+        m_node->resize(m_state.itemSize, m_state.pixelRatio);
+    paintNode();
+    return m_node;
 }
 
 // On the rendering thread, with the main thread held. A still image's texture comes while the scene
@@ -229,12 +232,21 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 void VistrelView::catchUp()
 {
     const VxTextureProvider *provider = m_context->textureProvider();
-    if (!m_node || !m_frameKept
+    // Outside of a window an item has no node any more.
+    if (!window() || !m_node || !m_frameKept
         || (m_painted.textureId == provider->textureId()
             && m_painted.contentRevision == provider->contentRevision()))
         return;
     m_state = currentState();
-    QQuickPaintedItem::updatePaintNode(m_node, nullptr);
+    paintNode();
+}
+
+void VistrelView::paintNode()
+{
+    QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
+    m_node->bind(gl);
+    paint(nullptr);
+    m_node->release(gl);
 }
 
 // On the rendering thread, with the main thread held.
@@ -257,11 +269,6 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     if (hasTexture && (m_shaderDirty || m_assumptions != m_state.uniforms.assumptions()))
         createShaders();
 
-    if (m_newFramebuffer)
-        RowCopy::prepareFramebuffer(gl);
-    m_newFramebuffer = false;
-    // The painter's clip, which is as small as the rectangle that was asked for.
-    gl->glDisable(GL_SCISSOR_TEST);
     gl->glClearColor(kBackground, kBackground, kBackground, 1);
     if (!hasTexture || !m_panoramaProgram || !paintsEachPixel())
         gl->glClear(GL_COLOR_BUFFER_BIT);

@@ -17,6 +17,7 @@
 
 class FastBlur;
 class FramePacer;
+class FramebufferNode;
 class QOpenGLFramebufferObject;
 class QOpenGLFunctions;
 class VxContext;
@@ -73,7 +74,7 @@ private:
     {
         PanoramaUniforms uniforms;
         std::array<int, 2> viewport{};
-        QSizeF itemSize; // with the ratio, what Qt makes the framebuffer's size of
+        QSizeF itemSize; // with the ratio, the framebuffer's size
         qreal pixelRatio = 0;
         bool splitView = false;
         bool overlay = false; // the interface shows in the view, and changes as it likes
@@ -89,6 +90,8 @@ private:
     FrameState currentState() const;
     bool paintsEachPixel() const;
     bool isOverlayActive() const;
+    /// Paints into the node.
+    void paintNode();
     void paintFrame(QOpenGLFunctions *gl);
     void createShaders();
     void createLayerShaders();
@@ -123,11 +126,10 @@ private:
     int m_viewportWidth = -1; // device pixels
     int m_viewportHeight = -1;
 
-    QSGNode *m_node = nullptr; // the scene graph's; null before the first frame
+    FramebufferNode *m_node = nullptr; // the scene graph's; null before the first frame
     FrameState m_state; // of the frame that is being painted
     FrameState m_painted; // of the frame that the framebuffer holds
     QElapsedTimer m_sinceTurn; // since the camera's last move
-    bool m_newFramebuffer = false; // since the last frame that was painted
     bool m_frameKept = false; // the framebuffer holds a finished frame of m_painted
     bool m_firstFrameAnnounced = false;
 
