@@ -40,6 +40,9 @@ constexpr std::chrono::milliseconds kEndPatience(200);
 
 constexpr int kRoomMs = 10;
 
+// Longer than the first picture takes to show.
+constexpr int kRootDelayMs = 500;
+
 constexpr int kNiceness = 5; // added to that of the process
 
 } // namespace
@@ -415,6 +418,15 @@ void VxVlcPlayerQml::resizeToFrame()
     }
     if (!size.isEmpty())
         setSize(size);
+}
+
+// A film may be opened while the window is hidden, when the rendering thread does not come by.
+void VxVlcPlayerQml::requestRootSoon()
+{
+    QTimer::singleShot(kRootDelayMs, this, [this] {
+        m_rootDue = true;
+        update();
+    });
 }
 
 void VxVlcPlayerQml::initFakeSurfaces()

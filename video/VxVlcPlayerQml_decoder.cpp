@@ -37,11 +37,13 @@ VlcSession *sessionOf(void *opaque)
 // not wait for a context that only films need.
 QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 {
-    if (m_transfer == Texture::None && QOpenGLContext::currentContext()) {
+    if (!m_visited && QOpenGLContext::currentContext()) {
+        m_visited = true;
         m_transfer = Texture(false).transfer();
         Q_EMIT textureTransferChanged();
+        QMetaObject::invokeMethod(this, &VxVlcPlayerQml::requestRootSoon, Qt::QueuedConnection);
     }
-    if (m_session && makeRoot())
+    if ((m_session || m_rootDue) && makeRoot())
         QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces, Qt::QueuedConnection);
     return QQuickPaintedItem::updatePaintNode(node, data);
 }

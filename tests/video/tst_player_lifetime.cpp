@@ -58,6 +58,7 @@ private Q_SLOTS:
     void pausedAndAtTheEnd();
     void seekStorm();
     void windowClosesDuringPlayback();
+    void opensInAHiddenWindow();
     void mediumChangesFromASignal();
     void memoryOfManyOpenings();
 
@@ -294,6 +295,15 @@ void TestPlayerLifetime::windowClosesDuringPlayback()
             QTRY_VERIFY(frames > 2);
         }
     }
+}
+
+void TestPlayerLifetime::opensInAHiddenWindow()
+{
+    PlayerFixture fixture;
+    QTest::qWait(1000); // a program that shows something else
+    fixture.window.hide();
+    fixture.open(clip());
+    QTRY_VERIFY(!fixture.positions.isEmpty());
 }
 
 // As a playlist does it.
