@@ -50,6 +50,10 @@ FramebufferNode::~FramebufferNode()
 
 void FramebufferNode::resize(QSizeF size, qreal pixelRatio)
 {
+    if (size == m_size && pixelRatio == m_pixelRatio)
+        return;
+    m_size = size;
+    m_pixelRatio = pixelRatio;
     const QSize pixels(std::max(1, qRound(size.width() * pixelRatio)),
                        std::max(1, qRound(size.height() * pixelRatio)));
     if (pixels != m_pixels) {

@@ -54,5 +54,7 @@ private:
     std::unique_ptr<QSGTexture> m_texture; // a view of m_textureId
     unsigned m_textureId = 0;
     unsigned m_framebuffer = 0;
+    QSizeF m_size;
+    qreal m_pixelRatio = 0;
     QSize m_pixels;
 };

@@ -186,8 +186,13 @@ void VistrelView::computeViewportParameters()
 // framebuffer, which nothing here uses.
 QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
 {
-    if (!m_context || !QOpenGLContext::currentContext())
+    if (!m_context)
         return node;
+    // Nothing can be drawn, but the frame counts.
+    if (!QOpenGLContext::currentContext()) {
+        paint(nullptr);
+        return node;
+    }
     // Nothing of a hidden item is seen; the loop goes on when it is shown.
     if (!isVisible()) {
         m_frameKept = false;
@@ -195,10 +200,8 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
     }
     m_state = currentState();
     m_node = static_cast<FramebufferNode *>(node);
-    const bool resized = !m_node || m_state.itemSize != m_painted.itemSize
-        || m_state.pixelRatio != m_painted.pixelRatio;
     // Without a texture no shader is used.
-    const bool kept = !resized && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
+    const bool kept = m_node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
         && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
         && m_state == m_painted;
     // While a film opens there is nothing to turn, and its decoder needs the processors.
@@ -221,8 +224,6 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
     }
     if (!m_node)
         m_node = new FramebufferNode(m_context->window());
-    if (resized)
-        m_node->resize(m_state.itemSize, m_state.pixelRatio);
     paintNode();
     return m_node;
 }
@@ -231,11 +232,12 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
 // is synchronised, after this item or before it; its first frame must not wait for the next one.
 void VistrelView::catchUp()
 {
+    // Outside of the window an item has no node any more.
+    if (!m_context || window() != m_context->window() || !m_node || !m_frameKept)
+        return;
     const VxTextureProvider *provider = m_context->textureProvider();
-    // Outside of a window an item has no node any more.
-    if (!window() || !m_node || !m_frameKept
-        || (m_painted.textureId == provider->textureId()
-            && m_painted.contentRevision == provider->contentRevision()))
+    if (m_painted.textureId == provider->textureId()
+        && m_painted.contentRevision == provider->contentRevision())
         return;
     m_state = currentState();
     paintNode();
@@ -243,6 +245,7 @@ void VistrelView::catchUp()
 
 void VistrelView::paintNode()
 {
+    m_node->resize(m_state.itemSize, m_state.pixelRatio);
     QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
     m_node->bind(gl);
     paint(nullptr);
@@ -362,11 +365,12 @@ void VistrelView::drawEye(QOpenGLFunctions *gl, int eye, QSize size)
         return;
     }
 
+    // First: a new framebuffer object binds itself.
+    GLint target = 0;
+    gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &target);
     if (!m_overlayScene || m_overlayScene->size() != QSize(width, height))
         m_overlayScene = std::make_unique<QOpenGLFramebufferObject>(
             width, height, QOpenGLFramebufferObject::NoAttachment, GL_TEXTURE_2D);
-    GLint target = 0;
-    gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &target);
     gl->glBindFramebuffer(GL_FRAMEBUFFER, m_overlayScene->handle());
     gl->glViewport(0, 0, width, height);
     // Flat sources leave pixels as they are.

@@ -245,6 +245,9 @@ private Q_SLOTS:
         camera().setYaw(0.4F);
         showInterface(false, true); // the foreground turns with the view
         QVERIFY(isMarkedAt(0));
+        m_view->setWidth(260);
+        QVERIFY(isMarkedAt(0)); // in the first frame of a new size
+        m_view->setWidth(300);
         showInterface(true, false); // the wall stays in the world
         QVERIFY(isMarkedAt(-36));
         m_interface.matrix = camera().rotationMatrix().inverted(); // where it was opened
