@@ -15,10 +15,11 @@
 
 namespace {
 
-/// Lengths and right angles are kept, up to what single precision loses.
+/// Lengths and right angles are kept, up to what single precision loses. The streamlined shaders
+/// take a turned ray's length from the projection, and near the poles make a root of its error.
 bool isRotation(const QMatrix4x4 &matrix)
 {
-    constexpr float kTolerance = 1e-4F;
+    constexpr float kTolerance = 1e-5F;
     for (int i = 0; i < 4; ++i) {
         for (int j = i; j < 4; ++j) {
             const float product = QVector4D::dotProduct(matrix.column(i), matrix.column(j));

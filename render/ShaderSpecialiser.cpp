@@ -72,35 +72,40 @@ QByteArray evenSeries(int first)
     return code;
 }
 
-// A ray section, the factor of its screen vector, and what is left of it for the fragments. A turn
-// keeps lengths, so dot(across, across) is the squared length of the scaled screen vector.
+// A ray section, the factor of its screen vector, what is left of it for the fragments, and the
+// ray's length. A turn keeps lengths, so dot(across, across) is the squared length of the scaled
+// screen vector.
 struct RayTwin
 {
     QByteArray section;
     QByteArray scale;
     QByteArray rest;
+    QByteArray length;
 };
 
 QVector<RayTwin> rayTwins()
 {
     return {
         {QByteArray(ShaderFragments::kRayRectilinear) + ShaderFragments::kRayRectilinearEnd,
-         "tan(a / 2.0)", "vec3 pt = across - axis;"},
+         "tan(a / 2.0)", "vec3 pt = across - axis;", "sqrt(dot(across, across) + 1.0)"},
         {ShaderFragments::kRayLittlePlanet, "a",
          "float d = dot(across, across);"
-         "vec3 pt = across * 2.5 + axis * (d - 1.5625);"},
+         "vec3 pt = across * 2.5 + axis * (d - 1.5625);",
+         "(d + 1.5625)"},
         {ShaderFragments::kRayFisheye, "a / 2.0",
          "float d = dot(across, across);"
          "if (d > pi * pi) { return vec2(-1.); }"
          "vec3 pt = across * ("
-             + evenSeries(1) + ") - axis * (" + evenSeries(0) + ");"},
+             + evenSeries(1) + ") - axis * (" + evenSeries(0) + ");",
+         "1.0"},
         {ShaderFragments::kRayAdaptive, "uProjScale",
          "float zs = uProjectionDistance;"
          "float xy2 = dot(across, across);"
          "float zs12 = (zs+1.0)*(zs+1.0);"
          "float delta = 4.0*(zs*zs*xy2*xy2 - (xy2+zs12)*(xy2*zs*zs-zs12));"
          "float z = (2.0*zs*xy2 - sqrt(delta)) / (2.0 * (zs12 + xy2));"
-         "vec3 pt = across * ((zs-z) / (zs+1.0)) + axis * z;"},
+         "vec3 pt = across * ((zs-z) / (zs+1.0)) + axis * z;",
+         "1.0"},
     };
 }
 
@@ -110,18 +115,20 @@ constexpr char kArcTangent[] =
     "t *= 0.99997726 + s * (-0.33262347 + s * (0.19354346 + s * (-0.11643287"
     " + s * (0.05265332 + s * -0.0117212))));";
 
-// Longitude, counted from minus z, and the angle from plus y of a ray of any length. The arc cosine
-// is a root and a series that leaves less than 1e-7 out; the root would make much of a ray that is
-// not quite of unit length.
-QByteArray equirectangularTwin()
+// Longitude, counted from minus z, and the angle from plus y of a ray of this length. The arc
+// cosine is a root and a series that leaves less than 1e-7 out.
+QByteArray equirectangularTwin(const QByteArray &length)
 {
-    return QByteArray("vec2 q = abs(pt.xz);"
-                      "float t = min(q.x, q.y) / max(max(q.x, q.y), 1e-20);")
+    return "vec2 q = abs(pt.xz);"
+           "float m = max(max(q.x, q.y), 1e-20);"
+           "float l = " + length + ";"
+           "float inv = 1.0 / (m * l);" // serves both quotients
+           "float t = min(q.x, q.y) * l * inv;"
         + kArcTangent
         + "t = q.x > q.y ? halfpi - t : t;"
           "t = pt.z > 0.0 ? pi - t : t;"
           "t = pt.x < 0.0 ? -t : t;"
-          "float y = min(abs(pt.y) * inversesqrt(dot(pt, pt)), 1.0);"
+          "float y = min(abs(pt.y) * m * inv, 1.0);"
           "float v = sqrt(1.0 - y) * (1.570796305 + y * (-0.2145988016 + y * (0.0889789874"
           " + y * (-0.0501743046 + y * (0.030891881 + y * (-0.0170881256"
           " + y * (0.0066700901 + y * -0.0012624911)))))));"
@@ -215,7 +222,7 @@ ShaderTexts ShaderSpecialiser::streamline(const ShaderTexts &texts, bool fullSph
                      fullSphere && fillsView(fragment) ? "" : kRejectTwin);
     fragment.replace(ShaderFragments::kBorderGuard, kBorderGuardTwin);
     fragment.replace(ShaderFragments::kSourceFisheyeCircle, fisheyeCircleTwin());
-    fragment.replace(ShaderFragments::kSourceEquirectangular, equirectangularTwin());
+    QByteArray length = "length(pt)";
 
     const QByteArray texCoordDeclaration = "varying highp vec4 texCoord;";
     const QByteArray texCoordAssignment = "   texCoord = texture;\n";
@@ -228,7 +235,9 @@ ShaderTexts ShaderSpecialiser::streamline(const ShaderTexts &texts, bool fullSph
                                     + "varying highp vec3 across;varying highp vec3 axis;");
         result.vertex.replace(texCoordAssignment, texCoordAssignment + cornerRay(twin.scale));
         result.vertex.prepend(cornerDeclarations());
+        length = twin.length;
         break;
     }
+    fragment.replace(ShaderFragments::kSourceEquirectangular, equirectangularTwin(length));
     return result;
 }
