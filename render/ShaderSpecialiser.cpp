@@ -102,8 +102,9 @@ QVector<RayTwin> rayTwins()
          "float zs = uProjectionDistance;"
          "float xy2 = dot(across, across);"
          "float zs12 = (zs+1.0)*(zs+1.0);"
-         "float delta = 4.0*(zs*zs*xy2*xy2 - (xy2+zs12)*(xy2*zs*zs-zs12));"
-         "float z = (2.0*zs*xy2 - sqrt(delta)) / (2.0 * (zs12 + xy2));"
+         // The root of the text's delta without what cancels out in it: in single precision the ray
+         // would not be of unit length at the edge of a wide view.
+         "float z = (zs*xy2 - (zs+1.0) * sqrt(zs12 + xy2*(1.0 - zs*zs))) / (zs12 + xy2);"
          "vec3 pt = across * ((zs-z) / (zs+1.0)) + axis * z;",
          "1.0"},
     };
