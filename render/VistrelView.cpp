@@ -182,6 +182,15 @@ void VistrelView::computeViewportParameters()
     m_pacer->requestFrame();
 }
 
+template <typename Painting> void VistrelView::paintNode(const Painting &painting)
+{
+    m_node->resize(m_state.itemSize, m_state.pixelRatio);
+    QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
+    m_node->bind(gl);
+    painting(gl);
+    m_node->release(gl);
+}
+
 // On the rendering thread, with the main thread held. The base class would open a painter on its
 // framebuffer, which nothing here uses.
 QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
@@ -224,7 +233,7 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
     }
     if (!m_node)
         m_node = new FramebufferNode(m_context->window());
-    paintNode();
+    paintNode([this](QOpenGLFunctions *) { paint(nullptr); });
     return m_node;
 }
 
@@ -240,16 +249,7 @@ void VistrelView::catchUp()
         && m_painted.contentRevision == provider->contentRevision())
         return;
     m_state = currentState();
-    paintNode();
-}
-
-void VistrelView::paintNode()
-{
-    m_node->resize(m_state.itemSize, m_state.pixelRatio);
-    QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
-    m_node->bind(gl);
-    paint(nullptr);
-    m_node->release(gl);
+    paintNode([this](QOpenGLFunctions *gl) { paintFrame(gl); }); // it has been counted
 }
 
 // On the rendering thread, with the main thread held.

@@ -90,8 +90,8 @@ private:
     FrameState currentState() const;
     bool paintsEachPixel() const;
     bool isOverlayActive() const;
-    /// Paints into the node.
-    void paintNode();
+    /// Lets \a painting paint into the node.
+    template <typename Painting> void paintNode(const Painting &painting);
     void paintFrame(QOpenGLFunctions *gl);
     void createShaders();
     void createLayerShaders();
