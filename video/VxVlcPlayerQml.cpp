@@ -420,7 +420,8 @@ void VxVlcPlayerQml::resizeToFrame()
         setSize(size);
 }
 
-// A film may be opened while the window is hidden, when the rendering thread does not come by.
+// A film may be opened while the window is hidden, when the rendering thread does not come by. In a
+// window that hides before the time is over, it waits until the window is shown.
 void VxVlcPlayerQml::requestRootSoon()
 {
     QTimer::singleShot(kRootDelayMs, this, [this] {

@@ -300,6 +300,7 @@ void TestPlayerLifetime::windowClosesDuringPlayback()
 void TestPlayerLifetime::opensInAHiddenWindow()
 {
     PlayerFixture fixture;
+    QTRY_VERIFY(!fixture.player->textureTransfer().isEmpty());
     QTest::qWait(1000); // a program that shows something else
     fixture.window.hide();
     fixture.open(clip());
