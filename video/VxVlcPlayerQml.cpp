@@ -40,9 +40,6 @@ constexpr std::chrono::milliseconds kEndPatience(200);
 
 constexpr int kRoomMs = 10;
 
-// Longer than the first picture takes to show.
-constexpr int kRootDelayMs = 500;
-
 constexpr int kNiceness = 5; // added to that of the process
 
 } // namespace
@@ -352,7 +349,6 @@ void VxVlcPlayerQml::initVlcPlayerInstance()
         return;
     m_session = std::move(session);
     initFakeSurfaces();
-    update(); // for the decoder's root context
     if (m_volumePercent >= 0)
         libvlc_audio_set_volume(player(), m_volumePercent);
     libvlc_event_manager_t *events = libvlc_media_player_event_manager(player());
@@ -418,16 +414,6 @@ void VxVlcPlayerQml::resizeToFrame()
     }
     if (!size.isEmpty())
         setSize(size);
-}
-
-// A film may be opened while the window is hidden, when the rendering thread does not come by. In a
-// window that hides before the time is over, it waits until the window is shown.
-void VxVlcPlayerQml::requestRootSoon()
-{
-    QTimer::singleShot(kRootDelayMs, this, [this] {
-        m_rootDue = true;
-        update();
-    });
 }
 
 void VxVlcPlayerQml::initFakeSurfaces()

@@ -155,7 +155,6 @@ private Q_SLOTS:
     void resizeToFrame();
     void computeFps();
     void initFakeSurfaces();
-    void requestRootSoon();
     void initVlcPlayerInstance();
     void initVlcMediaInstance();
     void desinitVlcPlayerInstance();
@@ -214,10 +213,8 @@ private:
     int m_state = Idle; // as last reported
     bool m_errorTold = false;
     int m_durationTold = 0;
-    bool m_visited = false; // by the rendering thread
-    bool m_rootDue = false; // even without a session
-    // Shares with the scene graph's context, and the decoders' with it. Null until the rendering
-    // thread comes by after the first opening, or some time after its first visit.
+    // Shares with the scene graph's context, and the decoders' with it. Null until the first visit
+    // of the rendering thread.
     std::shared_ptr<QOpenGLContext> m_root;
     std::shared_ptr<VlcSession> m_session; // null before the first opening, and after a hung one
     libvlc_media_t *m_media = nullptr; // changed under m_mutex

@@ -33,18 +33,15 @@ VlcSession *sessionOf(void *opaque)
 
 } // namespace
 
-// On the rendering thread, the main thread waiting. The first picture that the program shows does
-// not wait for a context that only films need.
+// On the rendering thread, the main thread waiting. At the first visit, whether or not a film is
+// there: one that is opened in a hidden window later has no visit.
 QSGNode *VxVlcPlayerQml::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
 {
-    if (!m_visited && QOpenGLContext::currentContext()) {
-        m_visited = true;
+    if (makeRoot()) {
         m_transfer = Texture(false).transfer();
-        Q_EMIT textureTransferChanged();
-        QMetaObject::invokeMethod(this, &VxVlcPlayerQml::requestRootSoon, Qt::QueuedConnection);
-    }
-    if ((m_session || m_rootDue) && makeRoot())
         QMetaObject::invokeMethod(this, &VxVlcPlayerQml::initFakeSurfaces, Qt::QueuedConnection);
+        Q_EMIT textureTransferChanged();
+    }
     return QQuickPaintedItem::updatePaintNode(node, data);
 }
 
