@@ -48,12 +48,15 @@ QStringList videoSuffixes(bool customArguments)
 
 bool isUrl(const QString &argument)
 {
-    const QString scheme = QUrl(argument).scheme();
+    // Empty where the text before the colon is no scheme.
+    const QUrl url(argument);
+    const QString scheme = url.isValid() ? url.scheme() : QString();
     for (const char *known : {"http", "https", "rtsp", "udp", "file"}) {
         if (scheme == QLatin1String(known))
             return true;
     }
-    return false;
+    // One letter is a drive of another system.
+    return scheme.size() > 1 && argument.midRef(scheme.size()).startsWith(QLatin1String("://"));
 }
 
 bool isImage(const QUrl &url)

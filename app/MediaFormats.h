@@ -23,8 +23,9 @@ QStringList imageSuffixes();
 /// Suffixes, in lower case, of the videos. "yuv" is one only when \a customArguments is set.
 QStringList videoSuffixes(bool customArguments);
 
-/// True for an argument that the user means as a URL: its scheme is "http", "https", "rtsp", "udp"
-/// or "file". Anything else is a path, also where its name has a colon.
+/// True for an argument that the user means as a URL: it begins with a scheme and "://", or with
+/// one of the schemes "http", "https", "rtsp", "udp" and "file". Anything else is a path, also
+/// where its name has a colon.
 bool isUrl(const QString &argument);
 
 bool isImage(const QUrl &url);

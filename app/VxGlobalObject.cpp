@@ -58,7 +58,12 @@ VxGlobalObject::VxGlobalObject(VxContext *context)
             &VxGlobalObject::onTextureSizeChanged);
     connect(this, &VxGlobalObject::yawChanged, this, &VxGlobalObject::resetYawInterpolate);
     connect(this, &VxGlobalObject::pitchChanged, this, &VxGlobalObject::resetPitchInterpolate);
+    connect(m_context->textureProvider(), &VxTextureProvider::textureIdChanged, this, [this] {
+        if (m_context->textureProvider()->textureId() > 0)
+            noteShown();
+    });
     connect(&m_mediumInquiry, &FileInquiry::askingChanged, this, &VxGlobalObject::openingChanged);
+    connect(&m_advisor, &MediumAdvisor::explained, this, &VxGlobalObject::failureExplained);
 
     onSettingsChanged(VxSettingsKeys::kOutputDisplay.instance);
 }

@@ -7,6 +7,8 @@
 #include "app/CameraMath.h"
 #include "app/FileInquiry.h"
 #include "app/MediaSurvey.h"
+#include "app/MediumAdvisor.h"
+#include "app/ShowProgress.h"
 
 #include <QHash>
 #include <QList>
@@ -186,7 +188,7 @@ public:
     Q_INVOKABLE void setVlcCustomCmd(const QString &what, const QString &cmd);
     Q_INVOKABLE bool isVlcCustom() const;
 
-    bool isOpening() const { return m_mediumInquiry.isAsking(); }
+    bool isOpening() const { return m_mediumInquiry.isAsking() || m_passesOver; }
 
     /// Opens one path or URL.
     Q_INVOKABLE void openFile(const QString &url, bool dragAndDrop = false);
@@ -229,6 +231,18 @@ public:
     Q_INVOKABLE QStringList getSupportedVideoFormats() const;
 
     Q_INVOKABLE void setMediaLoader(QObject *mediaLoader) { m_mediaLoader = mediaLoader; }
+
+    /// For the media loader, before it gives \a medium to a player: true for what this object has
+    /// asked it to open. Anything else, as a script or a master's slave may ask for it, is looked
+    /// at first and comes back to the loader then, unless it is on its way already or was refused
+    /// last.
+    Q_INVOKABLE bool admits(const QUrl &medium, bool clearPlaylist, bool dragAndDrop);
+    /// For the media loader, when \a medium cannot be shown. Returns what the user must be told
+    /// instead of \a message, or nothing when the show goes on without it.
+    Q_INVOKABLE QString refuse(const QUrl &medium, const QString &message);
+    /// Looks why \a medium could not be shown, or the last one that was asked for if it is empty;
+    /// the answer comes soon as failureExplained().
+    Q_INVOKABLE void explainFailure(const QUrl &medium, const QString &message);
 
     QObject *mediaLoader() const { return m_mediaLoader; }
 
@@ -297,8 +311,12 @@ Q_SIGNALS:
     void loopModeChanged();
     void projectionSourceSettingChanged();
     void endOfPlaylistReached();
+    /// An entry of the list cannot be shown, and the show goes on without it.
+    void passedOver(const QString &fileName);
     /// The answer to inspectImage(): whether the picture can be given to its player.
     void imageInspected(const QUrl &url, bool usable);
+    /// The answer to explainFailure(): the message, and below it what helps.
+    void failureExplained(const QString &message, const QString &advice);
 
 private:
     void end(int exitCode);
@@ -316,6 +334,9 @@ private:
     void processFileSource(const QUrl &source, const QString &error, bool dragAndDrop);
     void giveToLoader(const QUrl &source, const QString &error, bool dragAndDrop);
     void inspectEnd(const QUrl &url, const QString &path);
+    void noteShown();
+    void stopPassingOver();
+    void tryNextEntry();
 
     struct ReadAhead
     {
@@ -360,6 +381,13 @@ private:
     int m_imageRemaining = 0; // milliseconds
     bool m_noTimeout = false;
     ReadAhead m_readAhead; // of the medium that is about to be opened
+    ShowProgress m_progress;
+    bool m_passesOver = false; // the next entry is about to be tried
+    QUrl m_asked; // what the user asked for last: a medium, a folder or a list
+    QUrl m_onItsWay; // asked for and neither seen nor refused yet
+    QUrl m_refused; // the last medium, if it could not be shown
+    bool m_isGiving = false; // to the media loader
     FileInquiry m_mediumInquiry;
     FileInquiry m_pictureInquiry;
+    MediumAdvisor m_advisor;
 };

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -61,7 +62,11 @@ void VxGlobalObject::openFiles(QList<QUrl> urls, bool dragAndDrop)
         return;
     // However long the look takes, what is shown now is not followed by anything else.
     m_nextImageTimer.stop();
+    stopPassingOver();
+    m_refused.clear(); // the user may have mended it
     const QUrl only = urls.first();
+    m_asked = only;
+    m_onItsWay = only;
     if (urls.size() > 1 || !only.isLocalFile()) {
         m_mediumInquiry.forget();
         open({urls, {}, {}}, dragAndDrop);
@@ -86,6 +91,7 @@ void VxGlobalObject::open(const MediaSurvey::Findings &findings, bool dragAndDro
         m_stereoMap.insert(entry.media, entry.stereo);
     }
     clearPlayList();
+    m_progress.begin(findings.media.value(0) != m_asked);
     if (!findings.error.isEmpty()) {
         processFileSource(QUrl(), findings.error, dragAndDrop);
     } else if (findings.media.size() < 2) {
@@ -100,11 +106,18 @@ void VxGlobalObject::open(const MediaSurvey::Findings &findings, bool dragAndDro
 // The head of a film is read before its player hears of it, and not by this thread.
 void VxGlobalObject::processFileSource(const QUrl &source, const QString &error, bool dragAndDrop)
 {
+    m_onItsWay = source;
+    if (source != m_refused)
+        m_refused.clear();
+    // Only now is the show on its way to another entry for all who follow it.
+    const bool passedOver = std::exchange(m_passesOver, false);
     if (source.isEmpty() || m_readAhead.medium == source || !source.isLocalFile()
         || isVideoFile(source) == MediaFormats::NotVideo) {
         m_mediumInquiry.forget();
         giveToLoader(source, error, dragAndDrop);
         m_readAhead = {};
+        if (passedOver)
+            Q_EMIT openingChanged();
         return;
     }
     m_mediumInquiry.ask([this, source, error, dragAndDrop]() -> FileInquiry::Answer {
@@ -121,9 +134,84 @@ void VxGlobalObject::giveToLoader(const QUrl &source, const QString &error, bool
         return;
     qCDebug(lcTiming) << "opening" << source;
     const QVariant fileSource = source.isEmpty() ? QVariant(QString()) : QVariant(source);
+    m_isGiving = true;
     QMetaObject::invokeMethod(m_mediaLoader, "processFileSource", Qt::DirectConnection,
                               Q_ARG(QVariant, fileSource), Q_ARG(QVariant, false),
                               Q_ARG(QVariant, error), Q_ARG(QVariant, dragAndDrop));
+    m_isGiving = false;
+}
+
+bool VxGlobalObject::admits(const QUrl &medium, bool clearPlaylist, bool dragAndDrop)
+{
+    if (m_isGiving)
+        return true;
+    // A master repeats itself fifty times a second.
+    if (medium == m_onItsWay || medium == m_refused)
+        return false;
+    if (clearPlaylist)
+        clearPlayList();
+    m_asked = medium;
+    processFileSource(medium, QString(), dragAndDrop);
+    return false;
+}
+
+QString VxGlobalObject::refuse(const QUrl &medium, const QString &message)
+{
+    m_onItsWay.clear();
+    m_refused = medium;
+    if (m_playListIndex < 0 || m_playListIndex >= m_playlist.size())
+        return message;
+    const bool isLast = m_progress.isAutomatic() && m_loopMode == NoLoop
+        && m_playListIndex + m_progress.direction() >= m_playlist.size();
+    switch (m_progress.fail(m_playlist.size(), isLast)) {
+    case ShowProgress::Verdict::Tell:
+        return message;
+    case ShowProgress::Verdict::GiveUp: {
+        const QString text = tr("None of the %1 files can be shown.").arg(m_playlist.size());
+        clearPlayList();
+        return text;
+    }
+    case ShowProgress::Verdict::PassOver:
+        break;
+    }
+    m_passesOver = true;
+    Q_EMIT openingChanged();
+    Q_EMIT passedOver(medium.fileName());
+    // Not from within the refusal: a folder may hold hundreds of such files in a row.
+    QMetaObject::invokeMethod(this, &VxGlobalObject::tryNextEntry, Qt::QueuedConnection);
+    return {};
+}
+
+void VxGlobalObject::explainFailure(const QUrl &medium, const QString &message)
+{
+    m_advisor.explain(medium.isEmpty() ? m_asked : medium, message);
+}
+
+// The medium is seen or heard.
+void VxGlobalObject::noteShown()
+{
+    m_onItsWay.clear();
+    m_progress.shown();
+}
+
+void VxGlobalObject::stopPassingOver()
+{
+    if (std::exchange(m_passesOver, false))
+        Q_EMIT openingChanged();
+}
+
+void VxGlobalObject::tryNextEntry()
+{
+    // Something else was chosen meanwhile.
+    if (!m_passesOver)
+        return;
+    const int next = m_playListIndex + m_progress.direction();
+    if (m_progress.isAutomatic() && m_loopMode == NoLoop && next >= m_playlist.size()) {
+        Q_EMIT endOfPlaylistReached();
+        stopPassingOver();
+    } else {
+        setPlayListIndex((next + m_playlist.size()) % m_playlist.size());
+    }
 }
 
 QStringList VxGlobalObject::getPlayListNames() const
@@ -137,6 +225,9 @@ QStringList VxGlobalObject::getPlayListNames() const
 void VxGlobalObject::clearPlayList()
 {
     m_mediumInquiry.forget(); // who stops the player wants no other medium
+    stopPassingOver();
+    m_onItsWay.clear();
+    m_progress.begin(false);
     m_nextImageTimer.stop();
     m_playlist.clear();
     m_playListIndex = -1;
@@ -157,6 +248,7 @@ void VxGlobalObject::setPlayListIndex(int index, bool dragAndDrop)
 void VxGlobalObject::playListSetPrevious()
 {
     const int previous = m_playListIndex - 1;
+    m_progress.step(-1, false);
     setPlayListIndex(previous < 0 ? m_playlist.size() - 1 : previous);
 }
 
@@ -166,12 +258,15 @@ void VxGlobalObject::playListSetNext(bool forceNext)
         return;
     const int next = m_playListIndex + 1;
     if (forceNext) {
+        m_progress.step(1, false);
         setPlayListIndex(next % m_playlist.size());
         return;
     }
     // The user has chosen what comes next.
     if (isOpening())
         return;
+    noteShown(); // to its end
+    m_progress.step(1, true);
     switch (m_loopMode) {
     case NoLoop:
         if (next < m_playlist.size())
@@ -254,6 +349,8 @@ void VxGlobalObject::pauseTimerNextImage()
 
 void VxGlobalObject::resumeTimerNextImage()
 {
+    if (m_noTimeout)
+        return;
     // A picture that is resumed stays for a moment, however little time it had left.
     m_imageRemaining = std::max(m_imageRemaining, kMinResumedImageMs);
     m_nextImageTimer.start(m_imageRemaining);

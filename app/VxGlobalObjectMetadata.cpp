@@ -74,12 +74,11 @@ QVariantMap VxGlobalObject::readMetaData(const QVariant &url)
 {
     const QUrl medium = url.toUrl();
     // A still image says nothing that enters the map: its size comes from the player, and
-    // automatic stereo and projection leave the modes as they are.
+    // automatic stereo and projection leave the modes as they are. The head of a film was read by
+    // another thread.
     QVariantMap metadata;
     if (medium == m_readAhead.medium)
         metadata = m_readAhead.metadata;
-    else if (isVideoFile(medium) != MediaFormats::NotVideo && medium.isLocalFile())
-        metadata = VideoMetadata::read(medium.toLocalFile());
     setInitialOrientation(0, 0, 0);
     applyStereoMode(metadata);
     applyProjection(metadata);

@@ -7,6 +7,10 @@ Item {
     id: screen
 
     property string errorString: ""
+    // Below it: what helps.
+    property string advice: ""
+    // Another back end plays no other pictures.
+    property bool isVideo: false
     property bool hasBackendChoice: false
 
     signal openRequested()
@@ -75,9 +79,22 @@ Item {
             Accessible.name: text
         }
 
+        Text {
+            width: parent.width
+            visible: screen.errorString !== "" && text !== ""
+            text: screen.advice
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignHCenter
+            color: "white"
+            font.pixelSize: 15
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
+        }
+
         Vx_PushButton {
             anchors.horizontalCenter: parent.horizontalCenter
-            visible: screen.errorString !== "" && screen.hasBackendChoice
+            visible: screen.errorString !== "" && screen.isVideo && screen.hasBackendChoice
             text: qsTr("change video backend")
             onClicked: screen.backendRequested()
         }

@@ -18,10 +18,17 @@ Item {
     // What only custom arguments can describe is told there.
     readonly property string commandLineDocumentation: "https://www.tavro.example/documentation/command-line"
 
-    signal displayMessage(string message)
+    // What may have led to errorString, and what helps.
+    property string advice: ""
+
+    signal displayMessage(string message, string advice)
     signal changeRootState(string newState)
 
     function processFileSource(fileSource, clearPlaylist, error, dragAndDrop) {
+        if (error === "" && fileSource.toString() !== ""
+                && !vxGlobalObject.admits(fileSource, clearPlaylist, dragAndDrop))
+            return;
+        advice = "";
         mediaPlayer.mediaSource = "";
         mediaPlayer.errorString = "";
         vxView.updateTitle(fileSource);
@@ -47,8 +54,7 @@ Item {
             mediaPlayer.fileMetadata = {};
             mediaPlayer.mediaSource = "";
             mediaPlayer.logMessage = "";
-            mediaPlayer.errorString = error;
-            displayMessage(error);
+            refuse(url, error);
         }
         if (dragAndDrop)
             changeRootState("Video");
@@ -160,14 +166,21 @@ Item {
             stop();
     }
 
-    // Leaves the player with an empty source; its words stay for the info screen.
+    // Leaves the player with an empty source.
     function handleFailure() {
+        const medium = mediaPlayer.mediaSource;
         const message = mediaPlayer.errorString;
         // The message stays until the user goes on, however much of the picture was seen.
         vxGlobalObject.pauseTimerNextImage();
         mediaPlayer.mediaSource = "";
-        mediaPlayer.errorString = message;
-        displayMessage(message);
+        refuse(medium, message);
+    }
+
+    // The words stay for the info screen, unless the show goes on.
+    function refuse(medium, message) {
+        mediaPlayer.errorString = vxGlobalObject.refuse(medium, message);
+        if (mediaPlayer.errorString !== "")
+            vxGlobalObject.explainFailure(medium, mediaPlayer.errorString);
     }
 
     function watchPlayer() {
@@ -221,13 +234,19 @@ Item {
         function onEndOfPlaylistReached() {
             loader.stop();
         }
+
+        function onFailureExplained(message, advice) {
+            if (loader.mediaPlayer.errorString === message)
+                loader.advice = advice;
+            loader.displayMessage(message, advice);
+        }
     }
 
     Connections {
         target: vxVideoPlugin
 
         function onDisplayMessage(message) {
-            loader.displayMessage(message);
+            loader.displayMessage(message, "");
         }
     }
 

@@ -82,7 +82,11 @@ Item {
         // would only flash, and its fonts would keep the file waiting.
         active: isStarted && isSettled && isEmpty
         source: "Vx_InfoScreen.qml"
-        onLoaded: item.errorString = Qt.binding(() => area.mediaLoader.mediaPlayer.errorString)
+        onLoaded: {
+            item.errorString = Qt.binding(() => area.mediaLoader.mediaPlayer.errorString);
+            item.advice = Qt.binding(() => area.mediaLoader.advice);
+            item.isVideo = Qt.binding(() => area.mediaLoader.isVideo);
+        }
 
         Connections {
             target: vxView

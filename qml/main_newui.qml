@@ -15,12 +15,12 @@ FocusScope {
         state = newState;
     }
 
-    function onDisplayMessage(message, icon) {
+    function onDisplayMessage(message, icon, advice) {
         console.info(mediaLog, "told the user: " + message);
+        if (advice)
+            console.info(mediaLog, "advised the user: " + advice.replace("\n", " | "));
         messageDialog.active = true;
-        messageDialog.item.text = message;
-        messageDialog.item.icon = icon === undefined ? informationIcon : icon;
-        messageDialog.item.open();
+        messageDialog.item.show(message, icon === undefined ? informationIcon : icon, advice || "");
         vxGlobalObject.restoreCursor();
     }
 
@@ -52,7 +52,7 @@ FocusScope {
 
             // Out of sight, yet painted: some players' textures exist only while they are.
             x: root.width
-            onDisplayMessage: root.onDisplayMessage(message, root.criticalIcon)
+            onDisplayMessage: root.onDisplayMessage(message, root.criticalIcon, advice)
             onChangeRootState: root.changeState(newState)
         }
 
@@ -82,6 +82,14 @@ FocusScope {
             id: vx_playerImage
 
             anchors.fill: parent
+        }
+
+        Connections {
+            target: vxGlobalObject
+
+            function onPassedOver(fileName) {
+                vx_playerImage.onShowPlayerText(qsTr("Passed over, it cannot be shown: %1").arg(fileName));
+            }
         }
 
         Connections {

@@ -9,6 +9,8 @@
 #include <QUrl>
 #include <QVariantMap>
 
+#include <functional>
+
 class RecordingLoader : public QObject
 {
     Q_OBJECT
@@ -27,6 +29,8 @@ public:
                                        const QVariant &error, const QVariant &dragAndDrop)
     {
         media.append({source.toUrl(), error.toString(), dragAndDrop.toBool()});
+        if (onMedium)
+            onMedium(source.toUrl());
     }
 
     Q_INVOKABLE void stop() { calls.append("stop"); }
@@ -39,6 +43,7 @@ public:
 
     void setMetadata(const QVariantMap &map) { player.setProperty("fileMetadata", map); }
 
+    std::function<void(const QUrl &)> onMedium;
     QList<Medium> media;
     QStringList calls;
     QObject player; // carries what was read about its medium

@@ -167,7 +167,7 @@ private Q_SLOTS:
     {
         QObject *loader = create("Vx_MediaLoader.qml");
         QVERIFY(loader);
-        QSignalSpy messages(loader, SIGNAL(displayMessage(QString)));
+        QSignalSpy messages(loader, SIGNAL(displayMessage(QString, QString)));
         m_app->controller->openFile(picture("good.png"));
         QTRY_VERIFY(m_app->provider->textureId() > 0);
         m_app->controller->openFile("/missing.jpg");
@@ -175,8 +175,22 @@ private Q_SLOTS:
         const QString message = "An error occurred while loading the image";
         QCOMPARE(messages.first().first().toString(), message);
         QCOMPARE(player(loader)->property("errorString").toString(), message);
+        QVERIFY(
+            messages.first().last().toString().startsWith("/missing.jpg\nThere is no such file"));
         QCOMPARE(player(loader)->property("mediaSource").toUrl(), QUrl());
         QCOMPARE(m_app->provider->textureId(), 0);
+
+        // A script that insists is told nothing new, and nothing is opened for it.
+        const auto insist = [loader](const QString &file) {
+            QMetaObject::invokeMethod(
+                loader, "processFileSource", Q_ARG(QVariant, QUrl::fromLocalFile(file)),
+                Q_ARG(QVariant, true), Q_ARG(QVariant, ""), Q_ARG(QVariant, false));
+        };
+        for (int times = 0; times < 3; ++times)
+            insist("/missing.jpg");
+        insist(picture("other.png"));
+        QTRY_VERIFY(m_app->provider->textureId() > 0);
+        QCOMPARE(messages.count(), 1);
     }
 
     void tellsWhatGoesOn()

@@ -2,6 +2,7 @@
 // From what the user names to what the player gets: files, folders, playlist files, metadata.
 #include "RecordingLoader.h"
 #include "app/DetachedThread.h"
+#include "app/MediumAdvice.h"
 #include "settings/VxVlcOptions.h"
 
 #include <QDir>
@@ -47,6 +48,8 @@ private Q_SLOTS:
             {"http://host/a%20b.mp4?c=d#e", QUrl("http://host/a%20b.mp4?c=d#e")},
             {"HTTPS://host/a.mp4", QUrl("https://host/a.mp4")},
             {"udp://@:1234", QUrl("udp://@:1234")},
+            {"smb://host/share/a.mp4", QUrl("smb://host/share/a.mp4")},
+            {"http://[bad", local("http://[bad")}, // no address
         };
         m_controller->openFiles(QStringList());
         for (const auto &[argument, url] : rows) {
@@ -222,6 +225,50 @@ private Q_SLOTS:
         QCOMPARE(opened().url, QUrl("file:///a/2.mp4"));
         m_controller->openFile(path("a.mp4"));
         m_app.reset();
+    }
+
+    // A slave repeats its master's medium fifty times a second, whatever became of it.
+    void admitsWhatIsAskedForOnce()
+    {
+        const QUrl film = QUrl::fromLocalFile(make("a.mp4"));
+        const auto ask = [this](const QUrl &medium) {
+            for (int times = 0; times < 3; ++times)
+                QVERIFY(!m_controller->admits(medium, true, false));
+            QTRY_VERIFY(!m_controller->isOpening());
+        };
+        bool admitted = false;
+        m_app->loader.onMedium = [&](const QUrl &url) {
+            admitted = m_controller->admits(url, true, false);
+            if (url == film)
+                m_controller->refuse(url, "bad");
+        };
+        ask(film);
+        ask(film);
+        QVERIFY(admitted);
+        QCOMPARE(m_app->loader.media.size(), 1);
+        ask(QUrl("http://host/b.mp4"));
+        ask(film);
+        QCOMPARE(m_app->loader.media.size(), 3);
+        m_controller->openFile(film.toLocalFile()); // the user may try again
+        QTRY_COMPARE(m_app->loader.media.size(), 4);
+    }
+
+    void advice()
+    {
+        const std::tuple<const char *, QByteArray, const char *> rows[] = {
+            {"a.png", "", "The file is empty"},
+            {"b.mp4", "no film, but words\n", "It holds no film"},
+            {"c.mp4", QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16), "ends with .png"},
+            {"d.jpg", "\xff\xd8\xff\xe0", "damaged or incomplete"},
+            {"e.webm", QByteArray(64, '\x02'), "Nothing in it is known as a film"},
+            {"f.odd", QByteArray(64, '\x02'), "told by their suffixes"},
+        };
+        for (const auto &[name, content, reason] : rows) {
+            const QString text = MediumAdvice::of(QUrl::fromLocalFile(make(name, content)));
+            QVERIFY2(text.startsWith(path(name) + '\n') && text.contains(reason), qPrintable(text));
+        }
+        QVERIFY(MediumAdvice::of(url("none.mp4")).contains("no such file"));
+        QVERIFY(MediumAdvice::of(QUrl("http://h/a.mp4")).contains("address"));
     }
 
     void thumbnail()

@@ -2,7 +2,9 @@
 // Steps through a playlist and the timer of still images.
 #include "RecordingLoader.h"
 
+#include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -72,10 +74,13 @@ private Q_SLOTS:
             QCOMPARE(m_timer->interval(), milliseconds);
         }
         for (const bool none : {true, false}) {
-            m_timer->stop();
             m_app->settingsObject->set("application/playlist/imageDisplayDurationNone", none);
-            m_controller->startTimerNextImage();
-            QCOMPARE(m_timer->isActive(), !none);
+            for (const auto start :
+                 {&VxGlobalObject::startTimerNextImage, &VxGlobalObject::resumeTimerNextImage}) {
+                m_timer->stop();
+                (m_controller->*start)();
+                QCOMPARE(m_timer->isActive(), !none);
+            }
         }
     }
 
@@ -126,6 +131,79 @@ private Q_SLOTS:
             QCOMPARE(m_app->loader.calls, calls);
             QCOMPARE(m_controller->playListIndex(), index);
         }
+    }
+
+    // A show of four entries steps once, from the one or the other end.
+    void passesOverWhatCannotBeShown()
+    {
+        using Mode = VxGlobalObject;
+        const QByteArray ofAFile =
+            "[{\"media\":\"0.jpg\"},{\"media\":\"1.jpg\"},"
+            "{\"media\":\"2.jpg\"},{\"media\":\"3.jpg\"}]";
+        const QSet<int> all{0, 1, 2, 3};
+
+        enum Step {
+            Next,
+            Previous,
+            ByItself
+        };
+
+        // The entries' names come from a playlist file; which cannot be shown; where the show then
+        // stands (-1: at its end), and what the user is told.
+        const std::tuple<bool, int, Step, QSet<int>, int, QString> rows[] = {
+            {true, Mode::LoopAll, Next, {1, 2}, 3, ""},
+            {true, Mode::LoopAll, Previous, {3, 2}, 1, ""},
+            {true, Mode::LoopFile, ByItself, {0, 1}, 2, ""},
+            {true, Mode::NoLoop, ByItself, {1, 2, 3}, -1, ""},
+            {true, Mode::LoopAll, Next, all, -1, "None of the 4 files can be shown."},
+            {false, Mode::LoopAll, ByItself, {1}, 2, ""},
+            {false, Mode::LoopAll, Next, {1}, 1, "bad"},
+        };
+        for (const auto &[found, loopMode, step, bad, index, message] : rows) {
+            init();
+            m_controller->setLoopMode(loopMode);
+            QTemporaryDir folder;
+            QFile file(folder.filePath("list.vspl"));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(ofAFile) > 0 && file.flush());
+            if (found)
+                m_controller->openFile(file.fileName());
+            else
+                openList(4);
+            QTRY_COMPARE(m_controller->getPlayList().size(), 4);
+            m_app->provider->setTextureId(1); // the first one is seen
+            QString told;
+            m_app->loader.onMedium = [&, bad = bad](const QUrl &url) {
+                m_app->provider->setTextureId(0);
+                if (bad.contains(url.fileName().leftRef(1).toInt()))
+                    told = m_controller->refuse(url, "bad");
+                else
+                    m_app->provider->setTextureId(1);
+            };
+            QSignalSpy end(m_controller, &VxGlobalObject::endOfPlaylistReached);
+            QSignalSpy passed(m_controller, &VxGlobalObject::passedOver);
+            if (step == Previous)
+                m_controller->playListSetPrevious();
+            else
+                m_controller->playListSetNext(step == Next);
+            QTRY_VERIFY(!m_controller->isOpening());
+            QCOMPARE(told, message);
+            QCOMPARE(passed.count(), bad.size() - (message.isEmpty() ? 0 : 1));
+            QCOMPARE(end.count(), index < 0 && message.isEmpty() ? 1 : 0);
+            if (index >= 0 || !message.isEmpty())
+                QCOMPARE(m_controller->playListIndex(), index);
+        }
+    }
+
+    // What the user asks for while an entry is passed over holds.
+    void anotherChoiceWhilePassingOver()
+    {
+        openList(3);
+        m_controller->playListSetNext(false);
+        QCOMPARE(m_controller->refuse(QUrl("file:///1.jpg"), "bad"), QString());
+        m_controller->openFile("http://host/b.mp4");
+        QTRY_VERIFY(!m_controller->isOpening());
+        QCoreApplication::processEvents();
+        QCOMPARE(m_app->loader.media.last().url, QUrl("http://host/b.mp4"));
     }
 
 private:
