@@ -67,5 +67,9 @@ QStringList VxVlcOptions::mediaOptions() const
                         QStringLiteral(":velaform-skip-frames=true"), kNoPluginsCache};
     if (hardwareDecoding)
         options << QStringLiteral(":avcodec-hw=any");
+    // Where the processors do not suffice, libvlc's decoder skips pictures for its own lateness, in
+    // the end all until the next key frame: seconds without a picture. Left to the output, which
+    // drops what is late, the loss is even.
+    options << QStringLiteral(":no-avcodec-hurry-up");
     return options;
 }

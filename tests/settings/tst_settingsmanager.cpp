@@ -86,10 +86,11 @@ private Q_SLOTS:
         options.customInstanceArguments = ",--one,,--two=a b,";
         options.customMediaOptions = ",";
         QCOMPARE(options.instanceArguments(), instance);
-        QCOMPARE(options.mediaOptions(), media);
+        const QString even = ":no-avcodec-hurry-up";
+        QCOMPARE(options.mediaOptions(), media + QStringList(even));
         options.disableAudio = options.hardwareDecoding = true;
         QCOMPARE(options.instanceArguments(), instance + QStringList("--noaudio"));
-        QCOMPARE(options.mediaOptions(), media + QStringList(":avcodec-hw=any"));
+        QCOMPARE(options.mediaOptions(), media + QStringList({":avcodec-hw=any", even}));
         options.custom = true; // replaces everything
         QCOMPARE(options.instanceArguments(), QStringList({"--one", "--two=a b"}));
         QCOMPARE(options.mediaOptions(), QStringList());
