@@ -68,6 +68,11 @@ Loader {
             item.restart();
     }
 
+    // At the end of a medium: true if it was over before anybody could look at it.
+    function wasBrief() {
+        return item !== null && item.wasBrief !== undefined && item.wasBrief();
+    }
+
     // Milliseconds from the beginning.
     function seek(offset) {
         if (item)

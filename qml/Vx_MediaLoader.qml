@@ -13,6 +13,8 @@ Item {
     readonly property bool isVideo: mediaPlayer === videoPlayer
 
     property bool awaitsFirstPicture: vxGlobalObject.beginsWithPicture()
+    // The last picture of a film that is over at once stays like a still image, for its time.
+    property bool isHeld: false
 
     readonly property real volumeStep: 0.05
     // What only custom arguments can describe is told there.
@@ -29,6 +31,7 @@ Item {
                 && !vxGlobalObject.admits(fileSource, clearPlaylist, dragAndDrop))
             return;
         advice = "";
+        isHeld = false;
         mediaPlayer.mediaSource = "";
         mediaPlayer.errorString = "";
         vxView.updateTitle(fileSource);
@@ -84,11 +87,22 @@ Item {
     }
 
     function play() {
+        if (isHeld && videoPlayer.playbackState === Vx_MediaPlayer.PausedState) {
+            vxGlobalObject.resumeTimerNextImage();
+            videoPlayer.playbackState = Vx_MediaPlayer.PlayingState;
+            return;
+        }
+        isHeld = false;
         mediaPlayer.play();
     }
 
     function pause() {
-        mediaPlayer.pause();
+        if (!isHeld) {
+            mediaPlayer.pause();
+            return;
+        }
+        vxGlobalObject.pauseTimerNextImage();
+        videoPlayer.playbackState = Vx_MediaPlayer.PausedState;
     }
 
     function playPause() {
@@ -158,6 +172,13 @@ Item {
         // The user has chosen what comes next.
         if (vxGlobalObject.opening)
             return;
+        if (videoPlayer.wasBrief()) {
+            isHeld = true;
+            videoPlayer.playbackState = Vx_MediaPlayer.PlayingState;
+            videoPlayer.playerStatus = Vx_MediaPlayer.Buffered;
+            vxGlobalObject.startTimerNextImage();
+            return;
+        }
         if (!vxGlobalObject.playListIsEmpty())
             vxGlobalObject.playListSetNext(false);
         else if (vxGlobalObject.loopMode > 0)

@@ -1,12 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The panorama and the navigation in it by mouse, wheel and touch.
-// Uses vxApp, vxGlobalObject, vxSettings, vxView.
+// Uses vxApp, vxGlobalObject, vxSettings, vxTextureProvider, vxView.
 import QtQuick 2.15
 import "qrc:/VxVideo"
 import Vistrel 1.0
 
 Item {
     id: area
+
+    // Something has lasted for the interval.
+    component Delay: Timer {
+        property bool isDue: false
+        property bool elapsed: false
+
+        running: isDue && !elapsed
+        onIsDueChanged: elapsed = false
+        onTriggered: elapsed = true
+    }
 
     required property QtObject mediaLoader
     readonly property int playerStatus: mediaLoader.mediaPlayer.playerStatus
@@ -28,6 +38,8 @@ Item {
                                     && (playerStatus === Vx_MediaPlayer.UnknownStatus
                                         || playerStatus === Vx_MediaPlayer.InvalidMedia
                                         || (playerStatus === Vx_MediaPlayer.NoMedia && !isAwaited))
+    // The view shows something, be it the medium before the one that is on its way.
+    property bool hasPicture: false
     property alias view: panorama
     // Radians per pixel.
     readonly property real moveSpeed: 0.005
@@ -60,8 +72,43 @@ Item {
         id: panorama
 
         anchors.fill: parent
-        visible: area.isShowing
+        visible: area.isShowing || (area.isBusy && area.hasPicture)
+        keepsPicture: !soundNotice.visible
         Component.onCompleted: init(vxApp)
+    }
+
+    Connections {
+        target: vxTextureProvider
+
+        function onTextureIdChanged() {
+            if (vxTextureProvider.textureId > 0)
+                area.hasPicture = true;
+        }
+    }
+
+    Text {
+        id: soundNotice
+
+        anchors.centerIn: parent
+        width: parent.width - 40
+        visible: soundDelay.elapsed
+        text: qsTr("There is no picture in this medium: only its sound is played.")
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignHCenter
+        color: "white"
+        font.pixelSize: 18
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
+    }
+
+    // The first picture may take its time.
+    Delay {
+        id: soundDelay
+
+        interval: 2000
+        isDue: area.isShowing && vxTextureProvider.textureId === 0
+               && area.mediaLoader.mediaPlayer.position > 0
     }
 
     Loader {
@@ -74,6 +121,8 @@ Item {
 
         function settle() {
             isSettled = isEmpty;
+            if (isSettled)
+                area.hasPicture = false;
         }
 
         anchors.fill: parent
@@ -119,19 +168,11 @@ Item {
     }
 
     // What loads at once needs no spinner.
-    Timer {
+    Delay {
         id: spinnerDelay
 
-        property bool elapsed: false
-
         interval: 300
-        running: area.isBusy
-        // It stops by itself after it has triggered.
-        onRunningChanged: {
-            if (running)
-                elapsed = false;
-        }
-        onTriggered: elapsed = true
+        isDue: area.isBusy
     }
 
     PinchArea {

@@ -61,6 +61,20 @@ void FramebufferNode::resize(QSizeF size, qreal pixelRatio)
         makeFramebuffer(QOpenGLContext::currentContext()->functions(), pixels);
         m_pixels = pixels;
     }
+    setCorners(size);
+}
+
+void FramebufferNode::stretch(QSizeF size)
+{
+    if (size == m_size || size.isEmpty())
+        return;
+    m_size = size;
+    m_pixelRatio = 0; // of no window
+    setCorners(size);
+}
+
+void FramebufferNode::setCorners(QSizeF size)
+{
     QSGGeometry::TexturedPoint2D *corners = m_geometry.vertexDataAsTexturedPoint2D();
     const auto right = float(size.width());
     const auto bottom = float(size.height());

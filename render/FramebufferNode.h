@@ -30,6 +30,9 @@ public:
     /// one held is lost.
     void resize(QSizeF size, qreal pixelRatio);
 
+    /// Gives the node another rectangle and leaves its pixels as they are, until the next resize().
+    void stretch(QSizeF size);
+
     /// Makes the framebuffer the target of what is drawn, with no test and no blending enabled and
     /// no buffers bound, whatever the scene graph has left. The lowest row of what is drawn is the
     /// item's lowest. Each pixel's alpha must end as 1: in a window without a depth buffer opaque
@@ -44,6 +47,7 @@ private:
         return {&m_opaqueMaterial, &m_material};
     }
 
+    void setCorners(QSizeF size);
     void makeFramebuffer(QOpenGLFunctions *gl, QSize size);
     void deleteFramebuffer();
 

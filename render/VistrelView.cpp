@@ -147,6 +147,22 @@ void VistrelView::setPrintScreenRequested(int mode)
     Q_EMIT printScreenRequestedChanged();
 }
 
+void VistrelView::setKeepsPicture(bool keeps)
+{
+    if (keeps == m_keepsPicture)
+        return;
+    m_keepsPicture = keeps;
+    m_pacer->requestFrame();
+    Q_EMIT keepsPictureChanged();
+}
+
+// What the node holds stands for a texture that is not there yet.
+bool VistrelView::keepsOldPicture() const
+{
+    return m_keepsPicture && m_node && m_frameKept && m_painted.textureId > 0
+        && m_context->textureProvider()->textureId() <= 0;
+}
+
 void VistrelView::dirtyShader()
 {
     m_shaderDirty = true;
@@ -209,6 +225,12 @@ QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
     }
     m_state = currentState();
     m_node = static_cast<FramebufferNode *>(node);
+    if (keepsOldPicture()) {
+        m_node->stretch(m_state.itemSize);
+        m_node->markDirty(QSGNode::DirtyMaterial);
+        computeFps();
+        return m_node;
+    }
     // Without a texture no shader is used.
     const bool kept = m_node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
         && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
@@ -245,6 +267,8 @@ void VistrelView::catchUp()
     if (!m_context || window() != m_context->window() || !m_node || !m_frameKept)
         return;
     const VxTextureProvider *provider = m_context->textureProvider();
+    if (keepsOldPicture())
+        return;
     if (m_painted.textureId == provider->textureId()
         && m_painted.contentRevision == provider->contentRevision())
         return;

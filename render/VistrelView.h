@@ -31,6 +31,9 @@ class VistrelView : public QQuickPaintedItem
     Q_PROPERTY(int fps READ fps NOTIFY fpsChanged)
     Q_PROPERTY(int printScreenRequested READ printScreenRequested WRITE setPrintScreenRequested
                    NOTIFY printScreenRequestedChanged)
+    /// Without a texture the view goes on showing what it drew last, as long as it is visible,
+    /// instead of its background: between one medium and the next nothing flashes.
+    Q_PROPERTY(bool keepsPicture READ keepsPicture WRITE setKeepsPicture NOTIFY keepsPictureChanged)
 
 public:
     explicit VistrelView(QQuickItem *parent = nullptr);
@@ -47,6 +50,10 @@ public:
     int printScreenRequested() const;
     void setPrintScreenRequested(int mode);
 
+    bool keepsPicture() const { return m_keepsPicture; }
+
+    void setKeepsPicture(bool keeps);
+
     void paint(QPainter *painter) override;
 
     /// Darkens what the current framebuffer and viewport hold to its half, for an interface that
@@ -61,6 +68,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     void fpsChanged();
     void printScreenRequestedChanged();
+    void keepsPictureChanged();
     /// A snapshot lies on the disk under this name, or could not be written.
     void snapshotSaved(const QString &fileName);
     void snapshotFailed();
@@ -89,6 +97,7 @@ private:
     void releaseGraphics();
     FrameState currentState() const;
     bool paintsEachPixel() const;
+    bool keepsOldPicture() const;
     bool isOverlayActive() const;
     /// Lets \a painting paint into the node.
     template <typename Painting> void paintNode(const Painting &painting);
@@ -114,6 +123,7 @@ private:
 
     mutable omp_lock_t m_printLock;
     int m_printScreenRequested = 0;
+    bool m_keepsPicture = false;
 
     int m_fps = 0;
     int m_frameCount = 0;

@@ -73,6 +73,7 @@ bool DecoderTarget::hasExtension(const char *name) const
 
 bool DecoderTarget::setUp(VideoFormat format, const QSize &size, bool studioRange, bool tessarel)
 {
+    m_shown = 0;
     m_converter.reset();
     m_framebuffer.reset();
     m_size = size;
@@ -109,13 +110,42 @@ void DecoderTarget::commit()
 
 GLuint DecoderTarget::draw()
 {
+    m_shown = 0;
     if (!m_converter)
-        return m_frame->textureId();
+        return m_shown = m_frame->textureId();
     if (!m_converter->isValid() || m_frame->textureId() == 0 || !m_framebuffer->bind())
         return 0;
     m_converter->convert(m_frame->textureId(), m_framebuffer->width(), m_framebuffer->height());
     m_framebuffer->release();
-    return m_framebuffer->texture();
+    return m_shown = m_framebuffer->texture();
+}
+
+GLuint DecoderTarget::keepPicture()
+{
+    if (m_shown == 0)
+        return 0;
+    dropKept();
+    QOpenGLFunctions *gl = m_context->functions();
+    GLuint framebuffer = 0;
+    gl->glGenFramebuffers(1, &framebuffer);
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    gl->glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, m_shown, 0);
+    if (gl->glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE) {
+        gl->glGenTextures(1, &m_kept);
+        gl->glBindTexture(GL_TEXTURE_2D, m_kept);
+        gl->glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 0, 0, m_size.width(), m_size.height(), 0);
+        gl->glBindTexture(GL_TEXTURE_2D, 0);
+    }
+    gl->glDeleteFramebuffers(1, &framebuffer);
+    flush();
+    return m_kept;
+}
+
+void DecoderTarget::dropKept()
+{
+    if (m_kept != 0)
+        m_context->functions()->glDeleteTextures(1, &m_kept);
+    m_kept = 0;
 }
 
 void DecoderTarget::flush()
@@ -128,6 +158,7 @@ void DecoderTarget::drop()
     if (!m_context)
         return;
     makeCurrent();
+    m_shown = 0;
     m_converter.reset();
     m_frame.reset();
     m_framebuffer.reset();

@@ -54,6 +54,15 @@ public:
     /// Hands what was asked so far to the card, so that other contexts see it.
     void flush();
 
+    /// Copies what draw() showed last into a texture that outlives drop(): until the next picture
+    /// nobody has to do without. Returns it; 0 where nothing was shown.
+    GLuint keepPicture();
+
+    /// That texture; 0: none.
+    GLuint kept() const { return m_kept; }
+
+    void dropKept();
+
     /// Deletes the frame, the converter and the framebuffer and leaves no context current, so that
     /// the thread may end.
     void drop();
@@ -69,6 +78,8 @@ private:
     std::unique_ptr<QOpenGLFramebufferObject> m_framebuffer;
     std::unique_ptr<VideoFrameBuffers> m_frame;
     std::unique_ptr<YuvConverter> m_converter; // null for four-byte pixels
+    GLuint m_shown = 0; // of the frame or the framebuffer
+    GLuint m_kept = 0;
     QSize m_size;
     bool m_studioRange = false;
     bool m_tessarel = false;

@@ -162,11 +162,19 @@ void VxVlcPlayerQml::openFile(const QUrl &url)
 {
     if (url.isEmpty())
         return;
-    qCDebug(lcTiming) << "video: opening" << url;
     m_source = url;
-    // The old medium's output would otherwise stay until the new one has a picture, go on showing
-    // its last one, and pass it off as the new medium's.
-    stop();
+    m_hasFewPictures = false;
+    open(false);
+}
+
+// With \a again the medium that has just ended begins anew.
+void VxVlcPlayerQml::open(bool again)
+{
+    qCDebug(lcTiming) << "video: opening" << m_source;
+    // The old medium's output stays until the new one has a picture, and goes on showing its last
+    // one: wanted where it is the same medium, and elsewhere passed off as the new medium's.
+    if (!again)
+        stop();
     desinitVlcMediaInstance();
     initVlcPlayerInstance();
     initVlcMediaInstance();
@@ -260,10 +268,8 @@ void VxVlcPlayerQml::play()
 
 void VxVlcPlayerQml::restart()
 {
-    if (m_source.isEmpty())
-        return;
-    desinitVlcMediaInstance();
-    openFile(m_source);
+    if (!m_source.isEmpty())
+        open(m_state == Ended);
 }
 
 void VxVlcPlayerQml::stop()
@@ -383,6 +389,10 @@ void VxVlcPlayerQml::initVlcMediaInstance()
         libvlc_event_attach(events, type, onEvent, m_session.get());
     for (const QString &option : options ? options->mediaOptions() : VxVlcOptions().mediaOptions())
         libvlc_media_add_option(media, option.toUtf8().constData());
+    // libvlc's own reader of MP4 and MOV lets a film end while its decoder still holds the only
+    // picture; FFmpeg's does not.
+    if (m_hasFewPictures)
+        libvlc_media_add_option(media, ":demux=avformat");
     const std::lock_guard locker(m_mutex);
     m_media = media;
     m_videoTrack = VideoTrack();

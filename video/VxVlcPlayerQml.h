@@ -119,6 +119,9 @@ public:
     /// `offset` in milliseconds from the beginning.
     Q_INVOKABLE void seek(int offset);
     Q_INVOKABLE void updateAudioDelay();
+    /// At the end of a medium: true if it was over before anybody could look at it. Its last
+    /// picture stays until the player is stopped or plays again.
+    Q_INVOKABLE bool wasBrief() const;
 
     /// Paints nothing.
     void paint(QPainter *) override { }
@@ -162,6 +165,9 @@ private Q_SLOTS:
     void updateTexture(DecoderTarget &target);
 
 private:
+    // The first pictures of a stream are often incomplete.
+    static constexpr int kSkippedDisplays = 2;
+
     struct VideoTrack
     {
         QSize size; // empty while unknown
@@ -179,7 +185,7 @@ private:
     // And these for a session that the item still has.
     unsigned format(VlcSession *session, char *chroma, unsigned *width, unsigned *height,
                     unsigned *pitches, unsigned *lines);
-    void forgetPicture();
+    void forgetPicture(unsigned kept = 0);
     void display(DecoderTarget &target);
     void handleEvent(const libvlc_event_t *event);
     VideoTrack readTracks(libvlc_media_t *media);
@@ -197,7 +203,9 @@ private:
     void handleVolume(int generation);
     void applyVolume();
     void handleDuration(int generation, qint64 duration);
-    bool nothingWasPlayable() const;
+    bool hasTrack(int type) const;
+    bool endedUnseen() const;
+    void open(bool again);
     void startPlaying();
     void playWhenThereIsRoom();
     libvlc_media_player_t *player() const;
@@ -234,6 +242,8 @@ private:
     std::atomic<VideoFormat> m_format{VideoFormat::None};
     std::atomic<int> m_fps{0};
     std::atomic<int> m_displays{0}; // since opening
+    // The medium has so few pictures that none may be skipped.
+    std::atomic<bool> m_hasFewPictures{false};
 
     // Of the decoder's thread.
     std::atomic<int> m_fpsCounter{0};

@@ -20,9 +20,6 @@ Q_DECLARE_LOGGING_CATEGORY(lcTiming)
 
 namespace {
 
-// The first pictures of a stream are often incomplete.
-constexpr int kSkippedDisplays = 2;
-
 // A codec whose pictures are in studio range although their chroma does not say so.
 constexpr quint32 kStudioRangeCodec = static_cast<quint32>(fourcc("VLFD"));
 
@@ -72,9 +69,17 @@ unsigned VxVlcPlayerQml::onFormat(void **opaque, char *chroma, unsigned *width, 
 void VxVlcPlayerQml::onCleanup(void *opaque)
 {
     VlcSession *session = sessionOf(opaque);
-    if (const VlcSession::ItemLock item(session); item)
-        item->forgetPicture();
-    session->target().drop();
+    DecoderTarget &target = session->target();
+    target.makeCurrent();
+    // Where the medium goes on, with another format or from its beginning, its last picture stays;
+    // formats that libvlc only tries show none.
+    const bool isStopping = session->isStopping();
+    const GLuint kept = isStopping ? 0 : target.keepPicture();
+    if (const VlcSession::ItemLock item(session); item && (isStopping || kept != 0))
+        item->forgetPicture(kept);
+    if (isStopping)
+        target.dropKept();
+    target.drop();
 }
 
 void *VxVlcPlayerQml::onLock(void *opaque, void **planes)
@@ -234,11 +239,11 @@ unsigned VxVlcPlayerQml::format(VlcSession *session, char *chroma, unsigned *wid
     return 1;
 }
 
-// On the decoder's thread, before the texture is deleted; on the main thread for a decoder that has
-// been left to itself.
-void VxVlcPlayerQml::forgetPicture()
+// On the decoder's thread, before the texture is deleted, with another one that stands in for it or
+// 0; on the main thread for a decoder that has been left to itself.
+void VxVlcPlayerQml::forgetPicture(unsigned kept)
 {
-    setTextureId(0);
+    setTextureId(static_cast<int>(kept));
     m_fpsCounter = 0;
     if (m_fps.exchange(0) != 0)
         Q_EMIT fpsChanged();
@@ -247,9 +252,14 @@ void VxVlcPlayerQml::forgetPicture()
 void VxVlcPlayerQml::display(DecoderTarget &target)
 {
     ++m_displays;
+    // The one before has taken its place on the screen.
+    if (target.kept() != 0 && m_textureId != static_cast<int>(target.kept())) {
+        target.makeCurrent();
+        target.dropKept();
+    }
     // A skipped picture, and that of a hidden window, stays in the frame's memory, for the next one
     // to be written over.
-    if (m_seen && m_displays > kSkippedDisplays) {
+    if (m_seen && (m_displays > kSkippedDisplays || m_hasFewPictures)) {
         target.makeCurrent();
         target.commit();
         updateTexture(target);

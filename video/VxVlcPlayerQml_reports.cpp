@@ -9,6 +9,9 @@
 
 namespace {
 
+constexpr int kFewPictures = 8;
+constexpr int kBriefMs = 1000;
+
 int toInt(qint64 milliseconds)
 {
     return static_cast<int>(
@@ -22,9 +25,17 @@ void VxVlcPlayerQml::handleState(int generation, int state, const QString &error
     // libvlc tells the end twice, and ends again what has failed: that would start the next medium.
     if (generation != m_generation || state == m_state || (state == Ended && m_state == Error))
         return;
-    if (state == Ended && nothingWasPlayable()) {
-        handleError(generation, error);
-        state = Error;
+    if (state == Ended && endedUnseen()) {
+        if (hasTrack(libvlc_track_video) && !m_hasFewPictures.exchange(true)) {
+            open(true);
+            return;
+        }
+        // A file that is no medium at all "ends" as soon as it was opened, without an error of
+        // libvlc's.
+        if (m_displays == 0) {
+            handleError(generation, error);
+            state = Error;
+        }
     }
     if (state == Error)
         handleError(generation, error);
@@ -82,17 +93,29 @@ void VxVlcPlayerQml::handleDuration(int generation, qint64 duration)
     Q_EMIT durationChanged(m_durationTold);
 }
 
-// A file that is no medium at all "ends" as soon as it was opened, without an error of libvlc's.
-bool VxVlcPlayerQml::nothingWasPlayable() const
+// Without a picture on the screen, and without a sound that anybody heard.
+bool VxVlcPlayerQml::endedUnseen() const
 {
-    if (m_displays > 0 || !m_media)
+    const int shown = m_hasFewPictures ? 1 : kSkippedDisplays + 1;
+    return m_displays < shown && (!hasTrack(libvlc_track_audio) || m_durationTold <= kBriefMs);
+}
+
+bool VxVlcPlayerQml::hasTrack(int type) const
+{
+    if (!m_media)
         return false;
     libvlc_media_track_t **tracks = nullptr;
     const unsigned count = libvlc_media_tracks_get(m_media, &tracks);
-    const bool audible = std::any_of(tracks, tracks + count, [](const libvlc_media_track_t *track) {
-        return track->i_type == libvlc_track_audio;
+    const bool has = std::any_of(tracks, tracks + count, [type](const libvlc_media_track_t *track) {
+        return track->i_type == type;
     });
     if (tracks)
         libvlc_media_tracks_release(tracks, count);
-    return !audible;
+    return has;
+}
+
+bool VxVlcPlayerQml::wasBrief() const
+{
+    return m_state == Ended && m_displays > 0 && m_displays <= kFewPictures
+        && (m_hasFewPictures || m_durationTold <= kBriefMs);
 }

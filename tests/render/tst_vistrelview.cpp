@@ -172,6 +172,23 @@ private Q_SLOTS:
         }
     }
 
+    // While the next medium is on its way, for whose start the camera has turned already.
+    void keepsThePictureBetweenTwoMedia()
+    {
+        compare();
+        const QImage before = shown();
+        m_view->setKeepsPicture(true);
+        m_app->provider->setTextureId(0);
+        camera().setYaw(1);
+        QVERIFY(m_frames->wait(3));
+        QCOMPARE(shown(), before);
+        m_app->provider->setTextureId(int(m_texture));
+        compare();
+        m_app->provider->setTextureId(0);
+        m_view->setKeepsPicture(false);
+        compare();
+    }
+
     void keepsAnUnchangedFrame()
     {
         const int drawn = m_view->drawn;

@@ -55,6 +55,8 @@ private Q_SLOTS:
     void nothingToOpen();
     void audioOnly();
     void statesOfARun();
+    void fewPictures();
+    void beginsAgainWithoutAGap();
     void firstTwoPicturesNeverAppear();
     void sceneGraphSeesThePicture();
     void sizeChangesMidway();
@@ -282,6 +284,44 @@ void TestVlcPlayer::statesOfARun()
     m_fixture->player->play();
     QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Ended));
     QVERIFY(m_fixture->frames() >= 5);
+}
+
+// libvlc's own reader ends such films before their decoder hands out a picture.
+void TestVlcPlayer::fewPictures()
+{
+    for (const int pictures : {1, 2, 3, 8}) {
+        m_fixture->open(clip(QStringLiteral("few%1.mp4").arg(pictures),
+                             QStringLiteral("-f lavfi -i color=red:s=320x160:r=25 -frames:v %1 "
+                                            "-c:v libx264 -pix_fmt yuv420p")
+                                 .arg(pictures)));
+        QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Ended));
+        QVERIFY(m_fixture->player->wasBrief());
+        QVERIFY(m_fixture->player->textureId() != 0);
+        QVERIFY(distance(m_fixture->lastFrame().pixel(10, 10), qRgb(255, 0, 0)) < 10);
+        QCOMPARE(m_fixture->errors, QStringList());
+    }
+    m_fixture->open(clip(QStringLiteral("nine.mp4"),
+                         QStringLiteral("-f lavfi -i color=red:s=320x160:r=5 -t 2 -c:v ") + kH264));
+    QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Ended));
+    QVERIFY(!m_fixture->player->wasBrief());
+}
+
+void TestVlcPlayer::beginsAgainWithoutAGap()
+{
+    m_fixture->open(plainClip());
+    QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Ended));
+    std::atomic<bool> gap{false};
+    QObject listener;
+    connect(
+        m_fixture->player, &VxVlcPlayerQml::textureIdChanged, &listener,
+        [&] { gap = gap || m_fixture->player->textureId() == 0; }, Qt::DirectConnection);
+    for (int round = 0; round < 2; ++round) {
+        m_fixture->forget();
+        m_fixture->player->restart();
+        QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Ended));
+        QVERIFY(m_fixture->frames() >= 5);
+        QVERIFY(!gap);
+    }
 }
 
 void TestVlcPlayer::firstTwoPicturesNeverAppear()
