@@ -15,8 +15,9 @@ FileDialog {
 
     function show() {
         const last = vxSettings.get("application/general/fileDialogLastFolder");
-        folder = last === undefinedFolder ? shortcuts.pictures : last;
+        // The system's dialog is made when it opens first, and takes no folder before.
         open();
+        folder = last === undefinedFolder ? shortcuts.pictures : last;
     }
 
     title: qsTr("Open Media...")

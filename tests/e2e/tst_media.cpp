@@ -148,7 +148,9 @@ private Q_SLOTS:
         QFETCH(Maker, make);
         QFETCH(QString, message);
         make(path(name));
-        PlayerStart start{{path(name)}};
+        PlayerStart start{{path(name)},
+                          {"general\\fileDialogLastFolder="
+                           + QUrl::fromLocalFile(m_dir->path()).toEncoded()}};
         // The superuser may read everything.
         start.asNobody = name.startsWith("secret") && geteuid() == 0;
         PlayerProcess player(start);
@@ -158,12 +160,12 @@ private Q_SLOTS:
         QCOMPARE(told, message);
         QVERIFY(player.dismissDialog());
 
-        // The next file comes by the dialog, as a user would bring it.
-        const QString next = path("next file.png");
-        writePicture(next, kGreen);
+        // The next file comes by the dialog, as a user would bring it: from the folder of last time.
+        const QString next = "next file.png";
+        writePicture(path(next), kGreen);
         QVERIFY(player.openByDialog(next));
         QVERIFY(player.waitForColour(kGreen));
-        QVERIFY(player.waitForTitle(titleOf(next)));
+        QVERIFY(player.waitForTitle(titleOf(path(next))));
         player.terminate(SIGTERM);
         QCOMPARE(player.waitForEnd(), 0);
     }
