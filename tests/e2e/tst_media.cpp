@@ -148,9 +148,9 @@ private Q_SLOTS:
         QFETCH(Maker, make);
         QFETCH(QString, message);
         make(path(name));
-        PlayerStart start{{path(name)},
-                          {"general\\fileDialogLastFolder="
-                           + QUrl::fromLocalFile(m_dir->path()).toEncoded()}};
+        PlayerStart start{
+            {path(name)},
+            {"general\\fileDialogLastFolder=" + QUrl::fromLocalFile(m_dir->path()).toEncoded()}};
         // The superuser may read everything.
         start.asNobody = name.startsWith("secret") && geteuid() == 0;
         PlayerProcess player(start);
@@ -160,7 +160,8 @@ private Q_SLOTS:
         QCOMPARE(told, message);
         QVERIFY(player.dismissDialog());
 
-        // The next file comes by the dialog, as a user would bring it: from the folder of last time.
+        // The next file comes by the dialog, as a user would bring it: from the folder of last
+        // time.
         const QString next = "next file.png";
         writePicture(path(next), kGreen);
         QVERIFY(player.openByDialog(next));
@@ -192,9 +193,11 @@ private Q_SLOTS:
             {"general\\loopMode=0", "", {kGreen, kBlue, kInfoScreen}},
             {"general\\loopMode=2", "ctrl+r", {kGreen, kBlue, kRed}},
         };
+        QStringList files = threeColours();
+        files.insert(1, path("letter.txt")); // nobody is there to read a message
+        writeFile(files.at(1), "Dear reader,\n");
         for (const auto &[setting, key, colours] : rows) {
-            PlayerProcess player(
-                PlayerStart{threeColours(), {"playlist\\imageDisplayDuration=1", setting}});
+            PlayerProcess player(PlayerStart{files, {"playlist\\imageDisplayDuration=1", setting}});
             QVERIFY(player.waitForColour(kRed));
             if (!key.isEmpty())
                 player.keys({key});
