@@ -176,7 +176,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, moment);
         QFETCH(QString, way);
-        QVERIFY(makeStill("instant.mp4", sphere({512, 256}), 0.2));
+        QVERIFY(makeStill("instant.mp4", sphere({512, 256}), 1.2));
         const QString clip = moment == "at the end" ? "instant.mp4" : "sphere.mp4";
         // A clip that has ended begins again at once, and so stands between its end and its
         // beginning.
