@@ -84,15 +84,25 @@ bool applyTags(TrackAtom *track, const MovieTags &tags, QString *why)
             *why = QStringLiteral("cannot be tagged (error %1)").arg(error);
         return error == MovAtom::ERROR_OKAY;
     };
-    return (!tags.stereoMode || check(track->SetStereoMode(*tags.stereoMode)))
-        && (!tags.pose
+    return (!tags.pose
             || check(track->SetInitialPose((*tags.pose)[0], (*tags.pose)[1], (*tags.pose)[2])))
         && (!tags.tool
             || check(track->SetWritingTool(*tags.tool,
                                            track->spherical ? track->spherical->SourceCount : 0)))
         && (tags.projection != kProjectionEquirectangular
             || check(track->SetEquirectangular(0, 0, 0, 0)))
-        && (tags.projection != kProjectionCubemap || check(track->SetCubemap(0, 0)));
+        && (tags.projection != kProjectionCubemap || check(track->SetCubemap(0, 0)))
+        // Last: the layout goes into a document that is there, and the others may make one.
+        && (!tags.stereoMode || check(track->SetStereoMode(*tags.stereoMode)));
+}
+
+/// A document that the film did not have begins with what the newer atoms say.
+void beginDocument(sphericalVideoLegacyAtom *document, const VideoSampleDescription &description)
+{
+    if (description.stereo)
+        document->SetStereoMode(description.stereo->GetStereoMode());
+    if (description.spherical)
+        document->SetStitchingSoftware(description.spherical->GetMetadataSource());
 }
 
 /// The names of the elements in the older form's document.
@@ -214,6 +224,8 @@ bool tagFirstVideoTrack(RawAtom *movie, const MovieTags &tags, QString *why, QSt
     const bool changesSpherical = tags.projection || tags.pose || tags.tool;
     const bool changesDocument = changesSpherical || (tags.stereoMode && track->spherical);
     const VideoSampleDescription *description = track->SampleDescriptions()->Video();
+    if (changesDocument && !track->spherical && description)
+        beginDocument(&track->spherical.Ensure(), *description);
     if (changesDocument && !tags.pose && description && description->spherical) {
         // The document's own angles are not read.
         std::array<float, 3> pose = {};

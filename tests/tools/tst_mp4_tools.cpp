@@ -205,6 +205,7 @@ void tst_Mp4Tools::tagsWhatIsAskedAndNoMore_data()
     row("--stereo left-right", 0, 1, {0, 0, 0}, false);
     row("--projection cubemap --yaw -179", 256, 0, {-179, 0, 0}, false);
     row("--projection equirectangular", 1, 0, {0, 0, 0}, true);
+    row("--projection equirectangular --stereo top-bottom", 1, 2, {0, 0, 0}, true);
     row("--pitch 45 --tool x", 0, 0, {0, 45, 0}, true);
 }
 
@@ -218,6 +219,7 @@ void tst_Mp4Tools::tagsWhatIsAskedAndNoMore()
     QTEST(seen["stereo_mode"].toInt(), "stereoMode");
     QTEST(seen["pose"].toArray(), "pose");
     QTEST(copy.contains("rdf:SphericalVideo"), "hasDocument");
+    QCOMPARE(copy.contains("StereoMode>top-bottom<"), options.contains("top-bottom"));
     QCOMPARE(copy == film, options.isEmpty());
 }
 
@@ -317,6 +319,9 @@ void tst_Mp4Tools::whatIsNotAskedForStays()
     QVERIFY(tool.contains(stereo.bytes()) && tool.contains("<GSpherical:SourceCount>6<"));
     for (const Box &atom : {settings, foreign, track.children[1], track.descriptionChildren[0]})
         QCOMPARE(tool.count(atom.bytes()), 1);
+
+    track.children.clear();
+    QVERIFY(tagFilm(movieFile(movie({track})), {"--yaw=5"}).contains("StereoMode>top-bottom<"));
 }
 
 void tst_Mp4Tools::refusals_data()
