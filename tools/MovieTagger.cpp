@@ -123,7 +123,7 @@ bool MovieTagger::write(OutputFile *out)
             done = out->appendFrom(m_file, atom.position, atom.size);
         }
         if (!done)
-            return fail(m_error.isEmpty() ? out->errorString() : m_error);
+            return m_error.isEmpty() && out->hasSourceFailed() ? fail(out->errorString()) : false;
     }
     return true;
 }

@@ -22,6 +22,7 @@ public:
     /// movie.
     bool read(int file);
     bool apply(const MovieTags &tags);
+    /// Where it is the output that failed, `errorString` stays empty.
     bool write(OutputFile *out);
 
     QString errorString() const { return m_error; }

@@ -88,8 +88,10 @@ bool OutputFile::copyData(int source, uint64_t position, uint64_t length)
         } else {
             block.resize(wanted);
             copied = pread(source, block.data(), wanted, static_cast<off_t>(position));
-            if (copied < 0 && errno != EINTR)
+            if (copied < 0 && errno != EINTR) {
+                m_hasSourceFailed = true;
                 return failWithErrno("cannot read");
+            }
             if (copied > 0) {
                 block.resize(static_cast<size_t>(copied));
                 if (!append(block))
@@ -97,6 +99,7 @@ bool OutputFile::copyData(int source, uint64_t position, uint64_t length)
             }
         }
         if (copied == 0) {
+            m_hasSourceFailed = true;
             m_error = QStringLiteral("the file became shorter while it was copied");
             return false;
         }
@@ -108,13 +111,23 @@ bool OutputFile::copyData(int source, uint64_t position, uint64_t length)
     return true;
 }
 
-bool OutputFile::commit()
+bool OutputFile::finish()
 {
     if (failIfInterrupted())
         return false;
     // A hole at the end has moved the position but not the file's size.
     if (ftruncate(m_file.handle(), static_cast<off_t>(m_position)) != 0)
         return failWithErrno("cannot set the size");
+    // Some file systems cannot, which is no reason to fail.
+    if (fsync(m_file.handle()) != 0 && errno != EINVAL && errno != ENOTSUP)
+        return failWithErrno("cannot write");
+    return true;
+}
+
+bool OutputFile::commit()
+{
+    if (failIfInterrupted())
+        return false;
     if (m_file.commit())
         return true;
     m_error = m_file.errorString();

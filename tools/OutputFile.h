@@ -25,10 +25,18 @@ public:
     /// Appends `length` bytes of the file descriptor `source` from `position` on. Holes stay holes.
     bool appendFrom(int source, uint64_t position, uint64_t length);
 
+    /// Brings what was appended to the disk, which may turn out to be full only now. To be called
+    /// before `commit`.
+    bool finish();
+
+    /// Gives the file its name.
     bool commit();
 
     /// Why the last operation failed.
     QString errorString() const { return m_error; }
+
+    /// Whether it was the reading of what was to be appended that failed.
+    bool hasSourceFailed() const { return m_hasSourceFailed; }
 
 private:
     bool copyData(int source, uint64_t position, uint64_t length);
@@ -39,5 +47,6 @@ private:
     const std::atomic<bool> &m_interrupted;
     uint64_t m_position = 0;
     bool m_canCopyInKernel = true;
+    bool m_hasSourceFailed = false;
     QString m_error;
 };

@@ -128,11 +128,10 @@ int tag(const QString &in, const QString &out, const MovieTags &tags)
         complain(in + QStringLiteral(": not kept of its metadata: ")
                  + tagger.lost().join(QStringLiteral(", ")));
     OutputFile output(out, g_interrupted);
-    if (!output.open())
-        return complain(out + QStringLiteral(": ") + output.errorString());
-    if (!tagger.write(&output))
+    const bool isWritten = output.open() && tagger.write(&output) && output.finish();
+    if (!tagger.errorString().isEmpty())
         return complain(in + QStringLiteral(": ") + tagger.errorString());
-    if (!output.commit())
+    if (!isWritten || !output.commit())
         return complain(out + QStringLiteral(": ") + output.errorString());
     return 0;
 }
