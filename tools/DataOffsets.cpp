@@ -38,59 +38,14 @@ bool leadsOn(uint32_t parent, uint32_t child)
     }
 }
 
-/// The entries of a table of offsets (`stco`, `co64`, `saio`), as many as really are there.
-struct OffsetTable
+/// Adds the tables of an atom that has been taken apart; `files` are those of the `minf` around it.
+void findOffsetTables(RawAtom *atom, const std::vector<bool> &files,
+                      std::vector<OffsetTable> *tables)
 {
-    explicit OffsetTable(RawAtom *table)
-        : atom(table)
-    {
-        const std::vector<uint8_t> &fields = atom->fields;
-        if (fields.size() < 4)
-            return;
-        const bool isAuxiliary = atom->type == FourCC("saio");
-        width = (isAuxiliary ? fields[0] != 0 : atom->type == FourCC("co64")) ? 8 : 4;
-        // Version, flags and the count; the flag says that the kind of information stands between.
-        head = isAuxiliary && (fields[3] & 1) != 0 ? 16 : 8;
-        if (fields.size() >= head)
-            count = std::min<uint64_t>(readBigEndian(fields.data() + head - 4, 4),
-                                       (fields.size() - head) / width);
-    }
-
-    uint64_t at(size_t i) const { return readBigEndian(entry(i), width); }
-
-    uint8_t *entry(size_t i) const { return atom->fields.data() + head + i * width; }
-
-    RawAtom *atom;
-    size_t head = 8;
-    size_t width = 4;
-    size_t count = 0;
-};
-
-bool outgrows(const OffsetTable &table, const OffsetShift &shift)
-{
-    for (size_t i = 0; table.width == 4 && i < table.count; ++i) {
-        if (shift(table.at(i)) > kMax32)
-            return true;
-    }
-    return false;
-}
-
-void widen(const OffsetTable &table)
-{
-    std::vector<uint8_t> wide(table.head + 8 * table.count);
-    std::copy_n(table.atom->fields.cbegin(), table.head, wide.begin());
-    writeBigEndian(wide.data() + table.head - 4, 4, table.count);
-    for (size_t i = 0; i < table.count; ++i)
-        writeBigEndian(wide.data() + table.head + 8 * i, 8, table.at(i));
-    if (table.atom->type == FourCC("saio"))
-        wide[0] = 1;
-    else
-        table.atom->type = FourCC("co64");
-    table.atom->fields = std::move(wide);
-}
-
-void forEachOffsetTable(RawAtom *atom, const std::function<void(RawAtom *)> &visit)
-{
+    std::shared_ptr<const TrackMedia> media;
+    if (atom->type == FourCC("stbl")
+        && std::find(files.cbegin(), files.cend(), true) != files.cend())
+        media = std::make_shared<TrackMedia>(*atom, files);
     for (RawAtom &child : atom->children) {
         switch (child.type) {
         case FourCC("trak"):
@@ -100,13 +55,16 @@ void forEachOffsetTable(RawAtom *atom, const std::function<void(RawAtom *)> &vis
             if (!leadsOn(atom->type, child.type))
                 break;
             child.split(0);
-            forEachOffsetTable(&child, visit);
+            findOffsetTables(
+                &child,
+                child.type == FourCC("minf") ? filesElsewhere(child.child(FourCC("dinf"))) : files,
+                tables);
             break;
         case FourCC("stco"):
         case FourCC("co64"):
         case FourCC("saio"):
             if (atom->type == FourCC("stbl"))
-                visit(&child);
+                tables->emplace_back(&child, atom->child(FourCC("stsc")), media);
             break;
         default:
             break;
@@ -114,55 +72,60 @@ void forEachOffsetTable(RawAtom *atom, const std::function<void(RawAtom *)> &vis
     }
 }
 
+bool outgrows(const OffsetTable &table, const PlaceMap &places)
+{
+    for (size_t i = 0; i < table.count(); ++i) {
+        if (!table.isElsewhere(i) && !table.fits(places(table.at(i)).value_or(0)))
+            return true;
+    }
+    return false;
+}
+
+bool relocate(OffsetTable *table, const PlaceMap &places)
+{
+    for (size_t i = 0; i < table->count(); ++i) {
+        if (table->isElsewhere(i))
+            continue;
+        const std::optional<uint64_t> place = places(table->at(i));
+        if (!place || !table->set(i, *place))
+            return false;
+    }
+    return true;
+}
+
 /// Whether an `iloc` has items that lie in this file at places that move. One that cannot be
 /// understood counts as if it had.
-bool locatesMovedItems(const std::vector<uint8_t> &fields, const OffsetShift &shift)
+bool locatesMovedItems(const std::vector<uint8_t> &bytes, const PlaceMap &places)
 {
-    size_t at = 0;
-    bool isCut = false;
-    const auto take = [&](size_t bytes) -> uint64_t {
-        isCut = isCut || bytes > 8 || bytes > fields.size() - at;
-        if (isCut || bytes == 0)
-            return 0;
-        at += bytes;
-        return readBigEndian(&fields[at - bytes], bytes);
-    };
-    const uint64_t version = take(4) >> 24;
-    const uint64_t sizes = take(2);
-    const uint64_t items = take(version < 2 ? 2 : 4);
-    for (uint64_t i = 0; i < items && !isCut; ++i) {
-        take(version < 2 ? 2 : 4);
-        const uint64_t method = version == 0 ? 0 : take(2) & 15;
-        const uint64_t reference = take(2);
-        const uint64_t base = take((sizes >> 4) & 15);
-        for (uint64_t extents = take(2); extents > 0 && !isCut; --extents) {
-            take(version == 0 ? 0 : sizes & 15);
-            const uint64_t place = base + take(sizes >> 12);
-            take((sizes >> 8) & 15);
-            if (method == 0 && reference == 0 && shift(place) != place)
+    FieldReader fields(bytes);
+    const uint64_t version = fields.take(4) >> 24;
+    const uint64_t sizes = fields.take(2);
+    const uint64_t items = fields.take(version < 2 ? 2 : 4);
+    for (uint64_t i = 0; i < items && !fields.isCut(); ++i) {
+        fields.take(version < 2 ? 2 : 4);
+        const uint64_t method = version == 0 ? 0 : fields.take(2) & 15;
+        const uint64_t reference = fields.take(2);
+        const uint64_t base = fields.take((sizes >> 4) & 15);
+        for (uint64_t extents = fields.take(2); extents > 0 && !fields.isCut(); --extents) {
+            fields.take(version == 0 ? 0 : sizes & 15);
+            const uint64_t place = base + fields.take(sizes >> 12);
+            fields.take((sizes >> 8) & 15);
+            if (method == 0 && reference == 0 && places(place) != place)
                 return true;
         }
     }
-    return isCut;
+    return fields.isCut();
 }
 
-bool holdMovedItems(uint32_t parent, const std::vector<RawAtom> &atoms, const OffsetShift &shift)
+bool holdMovedItems(uint32_t parent, const std::vector<RawAtom> &atoms, const PlaceMap &places)
 {
-    return std::any_of(atoms.cbegin(), atoms.cend(), [parent, &shift](const RawAtom &atom) {
-        return leadsOn(parent, atom.type) && hasMovedItems(atom, shift);
+    return std::any_of(atoms.cbegin(), atoms.cend(), [parent, &places](const RawAtom &atom) {
+        return leadsOn(parent, atom.type) && hasMovedItems(atom, places);
     });
 }
 
-/// The data offset that a fragment header may carry instead of counting from the fragment itself.
-void relocateFragmentHeader(RawAtom *tfhd, const OffsetShift &shift)
-{
-    std::vector<uint8_t> &fields = tfhd->fields;
-    constexpr uint8_t kHasBaseDataOffset = 1;
-    if (fields.size() >= 16 && (fields[3] & kHasBaseDataOffset) != 0)
-        writeBigEndian(&fields[8], 8, shift(readBigEndian(&fields[8], 8)));
-}
-
-bool relocateFragmentIndex(RawAtom *tfra, const OffsetShift &shift)
+/// Hands out each offset in the index of one track's fragments: its bytes and their number.
+bool forEachFragment(RawAtom *tfra, const std::function<bool(uint8_t *, size_t)> &visit)
 {
     std::vector<uint8_t> &fields = tfra->fields;
     constexpr size_t kHead = 16; // version, flags, track, the widths of the numbers, the count
@@ -175,83 +138,184 @@ bool relocateFragmentIndex(RawAtom *tfra, const OffsetShift &shift)
     const uint64_t count =
         std::min<uint64_t>(readBigEndian(&fields[12], 4), (fields.size() - kHead) / entrySize);
     for (uint64_t i = 0; i < count; ++i) {
-        uint8_t *offset = &fields[kHead + i * entrySize + width];
-        const uint64_t moved = shift(readBigEndian(offset, width));
-        if (width == 4 && moved > kMax32)
+        if (!visit(&fields[kHead + i * entrySize + width], width))
             return false;
-        writeBigEndian(offset, width, moved);
     }
     return true;
 }
+
+/// The distance and the sizes in an index of segments.
+struct SegmentIndex
+{
+    explicit SegmentIndex(const RawAtom &sidx)
+    {
+        FieldReader fields(sidx.fields);
+        width = fields.take(4) >> 24 == 0 ? 4 : 8;
+        fields.take(8); // the reference and its scale
+        fields.take(width); // a time
+        place = fields.position();
+        distance = fields.take(width);
+        isWhole = !fields.isCut();
+        for (uint64_t left = fields.take(4) & 0xFFFF; left > 0 && !fields.isCut(); --left) {
+            size += fields.take(4) & 0x7FFFFFFF;
+            fields.take(8);
+        }
+    }
+
+    size_t width = 4;
+    size_t place = 0; ///< Of the distance in the atom.
+    uint64_t distance = 0;
+    uint64_t size = 0; ///< Of all segments.
+    bool isWhole = false;
+};
 } // namespace
 
-OffsetShift relocateTables(RawAtom *moov, uint64_t oldSize, uint64_t oldEnd)
+OffsetTable::OffsetTable(RawAtom *atom)
+    : m_atom(atom)
 {
-    moov->split(0);
-    OffsetShift shift{oldEnd, 0};
-    for (bool grew = true; grew;) {
-        grew = false;
-        shift.distance = static_cast<int64_t>(moov->size() - oldSize);
-        forEachOffsetTable(moov, [&](RawAtom *atom) {
-            const OffsetTable table(atom);
-            if (outgrows(table, shift)) {
-                widen(table);
-                grew = true;
-            }
-        });
-    }
-    forEachOffsetTable(moov, [&shift](RawAtom *atom) {
-        const OffsetTable table(atom);
-        for (size_t i = 0; i < table.count; ++i)
-            writeBigEndian(table.entry(i), table.width, shift(table.at(i)));
-    });
-    return shift;
+    FieldReader fields(atom->fields);
+    const bool isAuxiliary = atom->type == FourCC("saio");
+    const uint64_t versionAndFlags = fields.take(4);
+    if (isAuxiliary ? versionAndFlags >> 24 != 0 : atom->type == FourCC("co64"))
+        m_width = 8;
+    if (isAuxiliary && (versionAndFlags & 1) != 0)
+        fields.take(8); // the kind of information
+    const uint64_t count = fields.take(4);
+    m_head = fields.position();
+    m_count = std::min<uint64_t>(count, fields.left() / m_width);
 }
 
-bool hasMovedItems(const RawAtom &atom, const OffsetShift &shift)
+OffsetTable::OffsetTable(RawAtom *atom, const RawAtom *chunks,
+                         std::shared_ptr<const TrackMedia> media)
+    : OffsetTable(atom)
+{
+    m_chunks = chunks;
+    m_media = std::move(media);
+}
+
+bool OffsetTable::isElsewhere(size_t i) const
+{
+    constexpr size_t kHead = 8; // version, flags and the count
+    constexpr size_t kEntry = 12; // the first chunk, how many samples each has, the description
+    if (!m_media || !m_chunks || m_chunks->fields.size() < kHead)
+        return false;
+    const uint8_t *runs = m_chunks->fields.data() + kHead;
+    const size_t count =
+        std::min<uint64_t>(readBigEndian(runs - 4, 4), (m_chunks->fields.size() - kHead) / kEntry);
+    if (i == 0)
+        m_run = 0;
+    while (m_run < count && readBigEndian(runs + m_run * kEntry, 4) <= i + 1)
+        ++m_run;
+    return m_run > 0 && m_media->isElsewhere(readBigEndian(runs + (m_run - 1) * kEntry + 8, 4));
+}
+
+bool OffsetTable::set(size_t i, uint64_t place)
+{
+    if (fits(place))
+        writeBigEndian(entry(i), m_width, place);
+    return fits(place);
+}
+
+void OffsetTable::widen()
+{
+    std::vector<uint8_t> wide(m_head + 8 * m_count);
+    std::copy_n(m_atom->fields.cbegin(), m_head, wide.begin());
+    writeBigEndian(wide.data() + m_head - 4, 4, m_count);
+    for (size_t i = 0; i < m_count; ++i)
+        writeBigEndian(wide.data() + m_head + 8 * i, 8, at(i));
+    if (m_atom->type == FourCC("saio"))
+        wide[0] = 1;
+    else
+        m_atom->type = FourCC("co64");
+    m_atom->fields = std::move(wide);
+    m_atom->origin = 0;
+    m_width = 8;
+}
+
+std::vector<OffsetTable> offsetTables(RawAtom *movie)
+{
+    std::vector<OffsetTable> tables;
+    movie->split(0);
+    findOffsetTables(movie, {}, &tables);
+    return tables;
+}
+
+bool relocateTables(RawAtom *movie, uint64_t begin, uint64_t end, PlaceMap *places)
+{
+    std::vector<OffsetTable> tables = offsetTables(movie);
+    for (bool grew = true; grew;) {
+        grew = false;
+        *places = PlaceMap(*movie, begin, end);
+        for (OffsetTable &table : tables) {
+            if (outgrows(table, *places)) {
+                table.widen();
+                grew = true;
+            }
+        }
+    }
+    return std::all_of(tables.begin(), tables.end(),
+                       [places](OffsetTable &table) { return relocate(&table, *places); });
+}
+
+bool hasMovedItems(const RawAtom &atom, const PlaceMap &places)
 {
     if (atom.type == FourCC("iloc"))
-        return locatesMovedItems(atom.fields, shift);
+        return locatesMovedItems(atom.fields, places);
     if (!atom.children.empty())
-        return holdMovedItems(atom.type, atom.children, shift);
+        return holdMovedItems(atom.type, atom.children, places);
     // Looked at in a copy: what is taken apart is not always put together to the same bytes.
     RawAtom parts = atom;
     // QuickTime's `meta` begins with its first child, that of other films with version and flags.
     const bool hasVersion = atom.type == FourCC("meta")
         && (atom.fields.size() < 8 || readBigEndian(&atom.fields[4], 4) != FourCC("hdlr"));
     parts.split(hasVersion ? 4 : 0);
-    return holdMovedItems(parts.type, parts.children, shift);
+    return holdMovedItems(parts.type, parts.children, places);
 }
 
-bool relocateSegmentIndex(RawAtom *sidx, uint64_t end, const OffsetShift &shift)
+bool relocateSegmentIndex(RawAtom *sidx, uint64_t end, const PlaceMap &places)
 {
-    std::vector<uint8_t> &fields = sidx->fields;
-    if (fields.empty())
-        return true;
-    const size_t width = fields[0] == 0 ? 4 : 8;
-    const size_t place = 12 + width; // behind version, flags, the reference, its scale and a time
-    if (fields.size() < place + width)
+    const SegmentIndex index(*sidx);
+    if (!index.isWhole)
         return true;
     // The offset counts from the index's own end, which may move with what it points at.
-    const uint64_t target = end + readBigEndian(&fields[place], width);
-    const uint64_t offset = shift(target) - shift(end);
-    if (width == 4 && offset > kMax32)
+    const std::optional<uint64_t> last = places(end - 1);
+    const std::optional<uint64_t> to = places(end + index.distance, index.size);
+    const uint64_t distance = last && to ? *to - (*last + 1) : 0;
+    if (!last || !to || (index.width == 4 && distance > kMax32))
         return false;
-    writeBigEndian(&fields[place], width, offset);
+    writeBigEndian(&sidx->fields[index.place], index.width, distance);
     return true;
 }
 
-bool relocateFragment(RawAtom *atom, const OffsetShift &shift)
+bool relocateFragmentIndex(RawAtom *mfra, const PlaceMap &places)
 {
-    atom->split(0);
-    bool fits = true;
-    for (RawAtom &child : atom->children) {
-        if (child.type == FourCC("traf") && leadsOn(atom->type, child.type))
-            fits = relocateFragment(&child, shift) && fits;
-        else if (child.type == FourCC("tfhd"))
-            relocateFragmentHeader(&child, shift);
-        else if (child.type == FourCC("tfra"))
-            fits = relocateFragmentIndex(&child, shift) && fits;
+    mfra->split(0);
+    const auto relocateOffset = [&places](uint8_t *offset, size_t width) {
+        const std::optional<uint64_t> place = places(readBigEndian(offset, width));
+        if (!place || (width == 4 && *place > kMax32))
+            return false;
+        writeBigEndian(offset, width, *place);
+        return true;
+    };
+    return std::all_of(mfra->children.begin(), mfra->children.end(), [&](RawAtom &child) {
+        return child.type != FourCC("tfra") || forEachFragment(&child, relocateOffset);
+    });
+}
+
+std::vector<uint64_t> indexedPlaces(RawAtom *index, uint64_t end)
+{
+    std::vector<uint64_t> places;
+    if (index->type == FourCC("sidx"))
+        places.push_back(end + SegmentIndex(*index).distance);
+    if (index->type != FourCC("mfra"))
+        return places;
+    index->split(0);
+    for (RawAtom &child : index->children) {
+        if (child.type == FourCC("tfra"))
+            forEachFragment(&child, [&places](const uint8_t *offset, size_t width) {
+                places.push_back(readBigEndian(offset, width));
+                return true;
+            });
     }
-    return fits;
+    return places;
 }

@@ -2,14 +2,12 @@
 #pragma once
 // Tags the first video track of a film as a panorama, in a copy. The library's atom classes make
 // the tags; they are spliced into the movie atom's bytes, in which everything else stays as it was,
-// and whatever points behind the movie atom follows it.
+// and whatever points at places that move follows them.
 
-#include "tools/DataOffsets.h"
+#include "tools/FilmFile.h"
+#include "tools/PlaceMap.h"
+#include "tools/TrackMedia.h"
 #include "tools/VideoTrackTags.h"
-
-#include <QString>
-
-#include <vector>
 
 class OutputFile;
 
@@ -30,26 +28,19 @@ public:
     /// What of the film's own metadata `apply` could not keep.
     const QStringList &lost() const { return m_lost; }
 
-private:
-    struct TopLevelAtom
-    {
-        uint32_t type = 0; ///< 0 for bytes at the end that are no atom.
-        uint64_t position = 0;
-        uint64_t headerSize = 0;
-        uint64_t size = 0; ///< As far as the file goes.
-    };
+    /// Whether the film refers to media in other files.
+    bool hasMediaElsewhere() const { return m_hasMediaElsewhere; }
 
-    bool scan(uint64_t fileSize);
-    bool load(const TopLevelAtom &atom, RawAtom *into);
+private:
     /// Writes an atom that may point at places in the file.
-    bool writeMoved(const TopLevelAtom &atom, OutputFile *out);
+    bool writeMoved(const FilmFile::TopLevelAtom &atom, OutputFile *out);
     bool fail(const QString &why);
 
-    int m_file = -1;
-    std::vector<TopLevelAtom> m_atoms;
-    TopLevelAtom m_oldMovie;
+    FilmFile m_film;
     RawAtom m_movie;
-    OffsetShift m_shift;
+    PlaceMap m_places;
+    std::map<uint32_t, TrackMedia> m_tracks;
+    bool m_hasMediaElsewhere = false;
     QString m_error;
     QStringList m_lost;
 };

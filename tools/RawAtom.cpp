@@ -3,6 +3,14 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
+
+namespace {
+uint64_t headerSizeFor(uint64_t payload)
+{
+    return payload + 8 > std::numeric_limits<uint32_t>::max() ? 16 : 8;
+}
+} // namespace
 
 uint64_t readBigEndian(const uint8_t *at, size_t bytes)
 {
@@ -16,6 +24,15 @@ void writeBigEndian(uint8_t *at, size_t bytes, uint64_t value)
 {
     for (size_t i = bytes; i-- > 0; value >>= 8)
         at[i] = static_cast<uint8_t>(value);
+}
+
+uint64_t FieldReader::take(size_t bytes)
+{
+    m_isCut = m_isCut || bytes > 8 || bytes > left();
+    if (m_isCut)
+        return 0;
+    m_position += bytes;
+    return readBigEndian(m_fields.data() + m_position - bytes, bytes);
 }
 
 bool AtomHeader::parse(const uint8_t *at, uint64_t available)
@@ -52,6 +69,7 @@ bool RawAtom::split(size_t fieldBytes)
         RawAtom atom;
         atom.type = header.type;
         atom.m_atomsLeft = m_atomsLeft;
+        atom.origin = origin == 0 ? 0 : origin + at + header.headerSize;
         atom.fields.assign(begin + static_cast<ptrdiff_t>(header.headerSize),
                            begin + static_cast<ptrdiff_t>(header.size));
         children.push_back(std::move(atom));
@@ -65,17 +83,33 @@ bool RawAtom::split(size_t fieldBytes)
 
 RawAtom *RawAtom::child(uint32_t childType)
 {
+    return const_cast<RawAtom *>(std::as_const(*this).child(childType));
+}
+
+const RawAtom *RawAtom::child(uint32_t childType) const
+{
     const auto found = std::find_if(children.begin(), children.end(),
                                     [childType](const RawAtom &a) { return a.type == childType; });
     return found == children.end() ? nullptr : &*found;
 }
 
-uint64_t RawAtom::size() const
+uint64_t RawAtom::payloadSize() const
 {
     uint64_t payload = fields.size() + tail.size();
     for (const RawAtom &atom : children)
         payload += atom.size();
-    return payload + (payload + 8 > std::numeric_limits<uint32_t>::max() ? 16 : 8);
+    return payload;
+}
+
+uint64_t RawAtom::headerSize() const
+{
+    return headerSizeFor(payloadSize());
+}
+
+uint64_t RawAtom::size() const
+{
+    const uint64_t payload = payloadSize();
+    return payload + headerSizeFor(payload);
 }
 
 void RawAtom::appendTo(std::vector<uint8_t> *out) const

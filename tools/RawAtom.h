@@ -14,6 +14,30 @@
 uint64_t readBigEndian(const uint8_t *at, size_t bytes);
 void writeBigEndian(uint8_t *at, size_t bytes, uint64_t value);
 
+/// Takes an atom's fields one behind the other; behind the last byte they are 0.
+class FieldReader
+{
+public:
+    explicit FieldReader(const std::vector<uint8_t> &fields)
+        : m_fields(fields)
+    { }
+
+    /// A number of up to 8 bytes.
+    uint64_t take(size_t bytes);
+
+    size_t position() const { return m_position; }
+
+    size_t left() const { return m_fields.size() - m_position; }
+
+    /// Whether more was taken than there is.
+    bool isCut() const { return m_isCut; }
+
+private:
+    const std::vector<uint8_t> &m_fields;
+    size_t m_position = 0;
+    bool m_isCut = false;
+};
+
 /// The preamble of an atom.
 struct AtomHeader
 {
@@ -44,6 +68,7 @@ struct RawAtom
     std::vector<uint8_t> fields; ///< A leaf's payload, or what precedes a container's first child.
     std::vector<RawAtom> children;
     std::vector<uint8_t> tail; ///< What follows the last child and is no atom.
+    uint64_t origin = 0; ///< Where `fields` stood in a file; 0 for what is new.
 
     /// Takes the payload apart into children that begin behind `fieldBytes` bytes. A second call
     /// changes nothing. False where the payload is shorter than that. Throws TooManyAtoms.
@@ -51,11 +76,15 @@ struct RawAtom
 
     /// The first child of a type, or null.
     RawAtom *child(uint32_t childType);
+    const RawAtom *child(uint32_t childType) const;
 
     uint64_t size() const;
+    uint64_t headerSize() const;
     void appendTo(std::vector<uint8_t> *out) const;
 
 private:
+    uint64_t payloadSize() const;
+
     bool m_isContainer = false;
     std::shared_ptr<size_t> m_atomsLeft; ///< Of the whole tree; made by the first split.
 };

@@ -127,6 +127,8 @@ int tag(const QString &in, const QString &out, const MovieTags &tags)
     if (!tagger.lost().isEmpty())
         complain(in + QStringLiteral(": not kept of its metadata: ")
                  + tagger.lost().join(QStringLiteral(", ")));
+    if (tagger.hasMediaElsewhere())
+        complain(in + QStringLiteral(": refers to media in other files, as its copy does"));
     OutputFile output(out, g_interrupted);
     const bool isWritten = output.open() && tagger.write(&output) && output.finish();
     if (!tagger.errorString().isEmpty())

@@ -19,6 +19,7 @@ struct TestTrack
     uint32_t samples = 25;
     QList<Box> descriptionChildren = {}; ///< Of the video sample description.
     QList<Box> children = {}; ///< Of the track, behind the mandatory ones.
+    QList<Box> information = {}; ///< Of its `minf`, before the tables.
     /// A `stsz` or `stsd` among them stands in for the usual one.
     QList<Box> tables = {Box::full("stts").words({1, 25, 1}),
                          Box::full("stsc").words({1, 1, 25, 1}),
@@ -33,7 +34,7 @@ struct TestTrack
         return Box("mdia")
             .child(Box::full("mdhd").u64(0).words({timeScale, duration, 0}))
             .child(Box::full("hdlr").u32(0).raw(handler).zeros(12).raw(name).u8(0))
-            .child(Box("minf").child(sampleTable()));
+            .child(with(Box("minf"), information).child(sampleTable()));
     }
 
     Box sampleTable() const

@@ -4,6 +4,7 @@
 #include "tests/movparser/columns.h"
 #include "tests/movparser/movie.h"
 #include "tools/OutputFile.h"
+#include "tools/RawAtom.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -95,7 +96,7 @@ private Q_SLOTS:
     void tagsWhatIsAskedAndNoMore_data();
     void tagsWhatIsAskedAndNoMore();
     void offsetsThatOutgrow32BitsFollow();
-    void everythingThatPointsBehindTheMovieFollows();
+    void everythingThatPointsAtThingsThatMoveFollows();
     void atomsWithinAtomsEnd();
     void whatIsNotAskedForStays();
     void refusals_data();
@@ -148,6 +149,15 @@ void tst_Mp4Tools::initTestCase()
         const Run made = run("ffmpeg", arguments.split(' ', Qt::SkipEmptyParts) << in(name));
         QVERIFY2(made.exitCode == 0, made.errors.constData());
     }
+    // The same fragments with places that count from the beginning of the file.
+    QByteArray bytes = readFile(in("fragments.mp4"));
+    for (int at = 0; (at = bytes.indexOf("tfhd", at + 1)) > 0;) {
+        const int run = bytes.indexOf("trun", at) + 12;
+        const uint64_t base = readBigEndian(reinterpret_cast<uint8_t *>(bytes.data()) + at + 12, 8);
+        const uint64_t place = readBigEndian(reinterpret_cast<uint8_t *>(bytes.data()) + run, 4);
+        bytes.replace(at + 12, 8, Box::encode(0, 8)).replace(run, 4, Box::encode(base + place, 4));
+    }
+    QVERIFY(writeFile(in("absolute.mp4"), bytes));
 }
 
 void tst_Mp4Tools::init()
@@ -158,7 +168,7 @@ void tst_Mp4Tools::init()
 void tst_Mp4Tools::tagsEveryFormOfFile_data()
 {
     QTest::addColumn<QString>("clip");
-    for (const char *name : {"last.mp4", "first.mp4", "fragments.mp4", "clip.mov"})
+    for (const char *name : {"last.mp4", "first.mp4", "fragments.mp4", "absolute.mp4", "clip.mov"})
         QTest::newRow(name) << in(name);
 }
 
@@ -253,29 +263,49 @@ void tst_Mp4Tools::offsetsThatOutgrow32BitsFollow()
     QCOMPARE(QFileInfo(out()).size() - file.size(), qint64(place.position - kPosition));
 }
 
-void tst_Mp4Tools::everythingThatPointsBehindTheMovieFollows()
+// Once behind a movie that grows and once behind one that loses a long document.
+void tst_Mp4Tools::everythingThatPointsAtThingsThatMoveFollows()
 {
-    TestTrack track;
-    track.tables.append(Box::full("saio", 0, 1).raw("cenc").words({0, 1, 5000}));
-    QByteArray bytes = Box("ftyp").raw("isom").u32(0).bytes();
-    for (const Box &box :
-         {Box::full("sidx").words({1, 25, 0, 5000, 0}), movie({track}),
-          Box("moof").child(Box("traf").child(Box::full("tfhd", 0, 1).u32(1).u64(5000))),
-          Box("mdat").zeros(5000),
-          Box("mfra").child(Box::full("tfra").words({1, 0, 1, 0, 5000}).zeros(3))})
-        bytes.append(box.bytes());
-    const QByteArray copy = tagFilm(bytes, {"--tool=x"});
-    QVERIFY(copy.size() > bytes.size());
-    const uint64_t grown = uint64_t(copy.size() - bytes.size());
-    // The place of the field behind the fourcc, its bytes, and what it held.
-    const std::tuple<const char *, int, int, uint64_t> pointers[] = {{"saio", 16, 4, 5000},
-                                                                     {"sidx", 16, 4, 5000},
-                                                                     {"tfhd", 8, 8, 5000},
-                                                                     {"tfra", 20, 4, 5000},
-                                                                     {"stco", 8, 4, 4096}};
-    for (const auto &[type, place, width, before] : pointers) {
-        const QByteArray field = copy.mid(copy.indexOf(type) + 4 + place, width);
-        QVERIFY2(field == Box::encode(before + grown, width), type);
+    const Box document = Box("uuid").raw(kIdentifier).zeros(2000);
+    for (const QList<Box> &children : {QList<Box>(), QList<Box>{document}}) {
+        TestTrack track;
+        track.children = children;
+        track.tables += {Box::full("saio", 0, 1).raw("cenc").words({0, 2, 9000, 0xABCDABCD}),
+                         Box("senc").raw("auxiliary")};
+        TestTrack other{"vide", "Reference", 2};
+        other.information = {Box("dinf").child(
+            Box::full("dref").u32(1).child(Box::full("url ").raw("file:///other.mp4")))};
+        other.tables.last() = Box::full("co64").u32(1).u64(4096);
+        QByteArray film = Box("ftyp").raw("isom").u32(0).bytes();
+        for (const Box &box :
+             {Box::full("sidx").words({1, 25, 0, 9000, 0}), movie({track, other}),
+              Box("moof").child(Box("traf")
+                                    .child(Box::full("tfhd", 0, 1).u32(1).u64(0))
+                                    .child(Box::full("trun", 0, 0x201).words({1, 9000, 4}))
+                                    .child(Box::full("saio").words({1, 9500}))),
+              Box("mdat").zeros(9000),
+              Box("mfra").child(Box::full("tfra").words({1, 0, 1, 0, 9000}).zeros(3))})
+            film.append(box.bytes());
+        const auto auxiliary = [](const QByteArray &bytes) {
+            return uint64_t(bytes.indexOf("auxiliary"));
+        };
+        film.replace(Box::encode(0xABCDABCD, 4), Box::encode(auxiliary(film), 4));
+        const QByteArray copy = tagFilm(film, {"--projection=cubemap"});
+        QVERIFY2(m_complaints.contains("media in other files"), m_complaints.constData());
+        const uint64_t grown = uint64_t(copy.size() - film.size());
+        // What the field behind the fourcc must hold, its place and how many bytes it has.
+        const auto holds = [&copy](const QByteArray &type, int place, int width, uint64_t value,
+                                   int from = 0) {
+            const int at = copy.indexOf(type, from) + 4 + place;
+            return copy.mid(at, width) == Box::encode(value, width);
+        };
+        QVERIFY(grown != 0 && holds("saio", 16, 4, 9000 + grown));
+        QVERIFY(holds("saio", 20, 4, auxiliary(copy)));
+        QVERIFY(holds("sidx", 16, 4, 9000 + grown) && holds("tfra", 20, 4, 9000 + grown));
+        QVERIFY(holds("stco", 8, 4, 4096 + grown) && holds("co64", 8, 8, 4096));
+        const uint64_t base = int64_t(grown) > 0 ? grown : 0; // there is no base below 0
+        QVERIFY(holds("tfhd", 8, 8, base) && holds("trun", 8, 4, 9000 + grown - base));
+        QVERIFY(holds("saio", 8, 4, 9500 + grown - base, copy.indexOf("moof")));
     }
 }
 
@@ -334,15 +364,20 @@ void tst_Mp4Tools::refusals_data()
     const QString sound = in("sound.mp4");
     const QString pipe = in("pipe");
     const QString items = in("items.mp4");
+    const QString lead = in("lead.mp4");
     const QString beside = in("beside.mp4");
     const QString within = in("within.mp4");
     const Box places = Box::full("iloc").shorts({0x4400, 1, 1, 0, 1}).words({9000, 10});
     const Box list = Box::full("meta").child(Box::full("hdlr")).child(places);
     const QByteArray space = Box("free").bytes().repeated(1000000);
+    TestTrack leading;
+    leading.children = {Box("uuid").raw(kIdentifier).raw("gone")};
+    QByteArray gone = movieFile(movie({leading}));
+    gone.replace(Box::encode(4096, 4), Box::encode(uint64_t(gone.indexOf("gone")), 4));
     QVERIFY(QFile::exists(pipe) || ::mkfifo(qPrintable(pipe), 0600) == 0);
     QVERIFY(QFile::link(clip, link) && ::link(qPrintable(clip), qPrintable(hardLink)) == 0);
     QVERIFY(writeFile(text, "not a film at all")
-            && writeFile(sound, movieFile(movie({TestTrack{"soun"}})))
+            && writeFile(sound, movieFile(movie({TestTrack{"soun"}}))) && writeFile(lead, gone)
             && writeFile(items, movieFile(movie({TestTrack()}, {list})))
             && writeFile(beside, movieFile(movie()) + space)
             && writeFile(within, movieFile(movie().raw(space))));
@@ -362,6 +397,8 @@ void tst_Mp4Tools::refusals_data()
     row("a device to write to", {clip, "/dev/null"}, "is not a file");
     row("items behind the movie", {items, target, "--tool=x"},
         "has items whose places in the file cannot be moved");
+    row("samples in what is replaced", {lead, target, "--tool=x"},
+        "has samples within its metadata that cannot be moved");
     row("a million atoms beside the movie", {beside, target}, "has too many atoms");
     row("a million atoms in the movie", {within, target}, "has too many atoms");
     row("no film", {text, target}, "has no movie atom");
