@@ -26,11 +26,14 @@ public:
     bool appendFrom(int source, uint64_t position, uint64_t length);
 
     /// Brings what was appended to the disk, which may turn out to be full only now. To be called
-    /// before `commit`.
+    /// before `handle` is read or `commit` called.
     bool finish();
 
     /// Gives the file its name.
     bool commit();
+
+    /// The file under its temporary name, for reading too.
+    int handle() const { return m_file.handle(); }
 
     /// Why the last operation failed.
     QString errorString() const { return m_error; }

@@ -2,6 +2,7 @@
 // tavro-mp4tag: a copy of a film that says that it is a panorama, and how it is to be shown.
 
 #include "movparser/src/atom_proj.h"
+#include "tools/CopyCheck.h"
 #include "tools/MovieTagger.h"
 #include "tools/OutputFile.h"
 #include "tools/Printable.h"
@@ -38,7 +39,7 @@ constexpr char kUsage[] =
     "  --tool TEXT                  the program that made the film\n"
     "  --help                       this text\n"
     "\n"
-    "OUT appears when it is complete. IN is never changed.\n";
+    "OUT appears when it is complete and was read back. IN is never changed.\n";
 
 constexpr int kYaw = 0;
 constexpr int kPitch = 1;
@@ -133,6 +134,11 @@ int tag(const QString &in, const QString &out, const MovieTags &tags)
     const bool isWritten = output.open() && tagger.write(&output) && output.finish();
     if (!tagger.errorString().isEmpty())
         return complain(in + QStringLiteral(": ") + tagger.errorString());
+    if (isWritten) {
+        const QString fault = faultOfCopy(input.handle(), output.handle(), tags);
+        if (!fault.isEmpty())
+            return complain(out + QStringLiteral(": was not kept, because ") + fault);
+    }
     if (!isWritten || !output.commit())
         return complain(out + QStringLiteral(": ") + output.errorString());
     return 0;

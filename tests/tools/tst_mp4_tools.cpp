@@ -3,6 +3,7 @@
 #include "movparser/src/mov_file_reader.h"
 #include "tests/movparser/columns.h"
 #include "tests/movparser/movie.h"
+#include "tools/CopyCheck.h"
 #include "tools/OutputFile.h"
 #include "tools/RawAtom.h"
 
@@ -97,6 +98,8 @@ private Q_SLOTS:
     void tagsWhatIsAskedAndNoMore();
     void offsetsThatOutgrow32BitsFollow();
     void everythingThatPointsAtThingsThatMoveFollows();
+    void aCopyThatIsNotWhatWasMeantIsSeen_data();
+    void aCopyThatIsNotWhatWasMeantIsSeen();
     void atomsWithinAtomsEnd();
     void whatIsNotAskedForStays();
     void refusals_data();
@@ -309,6 +312,46 @@ void tst_Mp4Tools::everythingThatPointsAtThingsThatMoveFollows()
     }
 }
 
+void tst_Mp4Tools::aCopyThatIsNotWhatWasMeantIsSeen_data()
+{
+    const auto row = columns<QString, QByteArray, int, QString>("clip", "type", "place", "fault");
+    const QString places = "it does not lead to the samples of the film";
+    row("another projection", "first.mp4", "equi", -1, "it does not say what was asked for");
+    row("another layout", "first.mp4", "st3d", 4, "it does not say what was asked for");
+    row("another layout in the document", "first.mp4", "left-right", 0,
+        "it does not say what was asked for");
+    row("another chunk", "first.mp4", "stco", 15, places);
+    row("another size", "first.mp4", "stsz", 15, places);
+    row("another byte in the first sample", "first.mp4", "mdat", 0, places);
+    row("another atom behind the movie", "first.mp4", "mdat", -1, places);
+    row("another run", "fragments.mp4", "trun", 11, places);
+    row("another byte in the first run", "fragments.mp4", "mdat", 0, places);
+    row("another entry in the index", "fragments.mp4", "tfra", 31, places);
+    row("a movie that cannot be read", "first.mp4", "moov", -1, "it cannot be read back");
+}
+
+void tst_Mp4Tools::aCopyThatIsNotWhatWasMeantIsSeen()
+{
+    QFETCH(QString, clip);
+    QFETCH(QByteArray, type);
+    QFETCH(int, place);
+    MovieTags tags;
+    tags.projection = kProjectionEquirectangular;
+    tags.stereoMode = 1;
+    const QByteArray film = readFile(m_clips.filePath(clip));
+    QByteArray copy = tagFilm(film, {"--projection=equirectangular", "--stereo=left-right"});
+    FileOf original(film);
+    QVERIFY(original.open());
+    const auto fault = [&] {
+        FileOf changed(copy);
+        return changed.open() ? faultOfCopy(original.handle(), changed.handle(), tags) : "closed";
+    };
+    QCOMPARE(fault(), QString());
+    const int at = copy.indexOf(type) + (place < 0 ? 3 : type.size() + place);
+    copy[at] = char(copy[at] ^ 1);
+    QTEST(fault(), "fault");
+}
+
 void tst_Mp4Tools::atomsWithinAtomsEnd()
 {
     constexpr uint64_t kDepth = 200000;
@@ -364,12 +407,15 @@ void tst_Mp4Tools::refusals_data()
     const QString sound = in("sound.mp4");
     const QString pipe = in("pipe");
     const QString items = in("items.mp4");
+    const QString overlap = in("overlap.mp4");
     const QString lead = in("lead.mp4");
     const QString beside = in("beside.mp4");
     const QString within = in("within.mp4");
     const Box places = Box::full("iloc").shorts({0x4400, 1, 1, 0, 1}).words({9000, 10});
     const Box list = Box::full("meta").child(Box::full("hdlr")).child(places);
     const QByteArray space = Box("free").bytes().repeated(1000000);
+    TestTrack overlapping;
+    overlapping.tables.last() = Box::full("stco").words({1, 8});
     TestTrack leading;
     leading.children = {Box("uuid").raw(kIdentifier).raw("gone")};
     QByteArray gone = movieFile(movie({leading}));
@@ -377,7 +423,8 @@ void tst_Mp4Tools::refusals_data()
     QVERIFY(QFile::exists(pipe) || ::mkfifo(qPrintable(pipe), 0600) == 0);
     QVERIFY(QFile::link(clip, link) && ::link(qPrintable(clip), qPrintable(hardLink)) == 0);
     QVERIFY(writeFile(text, "not a film at all")
-            && writeFile(sound, movieFile(movie({TestTrack{"soun"}}))) && writeFile(lead, gone)
+            && writeFile(sound, movieFile(movie({TestTrack{"soun"}})))
+            && writeFile(overlap, movieFile(movie({overlapping}))) && writeFile(lead, gone)
             && writeFile(items, movieFile(movie({TestTrack()}, {list})))
             && writeFile(beside, movieFile(movie()) + space)
             && writeFile(within, movieFile(movie().raw(space))));
@@ -399,6 +446,8 @@ void tst_Mp4Tools::refusals_data()
         "has items whose places in the file cannot be moved");
     row("samples in what is replaced", {lead, target, "--tool=x"},
         "has samples within its metadata that cannot be moved");
+    row("samples that run into the movie", {overlap, target, "--tool=x"},
+        "out.mp4: was not kept, because it does not lead to the samples of the film");
     row("a million atoms beside the movie", {beside, target}, "has too many atoms");
     row("a million atoms in the movie", {within, target}, "has too many atoms");
     row("no film", {text, target}, "has no movie atom");
