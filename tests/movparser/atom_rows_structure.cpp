@@ -53,6 +53,17 @@ void addHeaderRows(AtomRows *rows)
         "hdlr with a counted name",
         Box::full("hdlr").raw("mhlrvideappl").words({1, 2}).u8(5).raw("Video"), AtomRow::FillsAtom);
     rows->addMade<HandlerReferenceAtom>(
+        "hdlr with a counted name of 256 bytes, which is cut",
+        [](HandlerReferenceAtom &atom) {
+            atom = HandlerReferenceAtom(FourCC("mhlr"), FourCC("vide"), std::string(256, 'n'));
+        },
+        Box::full("hdlr").raw("mhlrvide").zeros(12).u8(254).raw(QByteArray(254, 'n')),
+        AtomRow::FillsAtom);
+    rows->add<HandlerReferenceAtom>(
+        "hdlr with 256 bytes that begin like a counted name",
+        Box::full("hdlr").raw("mhlrvide").zeros(12).u8(255).raw(QByteArray(255, 'n')),
+        AtomRow::FillsAtom);
+    rows->addMade<HandlerReferenceAtom>(
         "hdlr with a name of 300 bytes",
         [](HandlerReferenceAtom &atom) {
             atom = HandlerReferenceAtom(0, FourCC("soun"), std::string(299, 'n'));

@@ -155,6 +155,13 @@ void tst_HostileAtoms::readingAMovieEnds_data()
     row("1,000 descriptions in one place", inOnePlace(1000), kReads);
     row("200,000 descriptions in one place", inOnePlace(200000), kFails);
 
+    QByteArray handler = movie();
+    handler.replace(handler.indexOf("hdlr") - 4, 4, Box::encode(0x7FFFFFFF, 4));
+    row("handler that ends behind the buffer", handler, kFails);
+    TestTrack track;
+    track.information = {Box::full("hdlr").zeros(20).claims(0x7FFFFFFF)};
+    row("data handler that ends behind the buffer", movie({track}), kFails);
+
     row("10,000 unknown siblings", repeated("moov", Box("abcd"), 10000), kFails);
     row("10,000 unknown siblings in stbl", withTable(repeated("abcd", Box("free"), 10000)), kReads);
     row("10,000 nested atoms", withChild(nested(10000, "nest")), kReads);

@@ -56,7 +56,7 @@ void tst_MovFileReader::opensOrSaysWhyNot_data()
 
     row("ftyp, moov, mdat", movieFile(movie()), 0, "");
     row("moov behind a 64-bit mdat", join({Box("mdat").zeros(700).wide(), moov}), 0, "");
-    row("moov behind free and wide", join({Box("free").zeros(9), Box("wide"), moov}), 0, "");
+    row("moov behind wide and free", join({Box("wide"), Box("free").zeros(9), moov}), 0, "");
     row("a first atom that no movie begins with", join({Box("skip"), moov}), 2,
         "MovParser::Error  >>  ERROR_FILE_NOT_COMPATIBLE\n");
     row("an atom of size 0 before moov", join({ftyp, Box("mdat").claims(0), moov}), 2, missing);

@@ -16,6 +16,7 @@ class tst_Tracks : public QObject
 private Q_SLOTS:
     void aTimeThatWasToldLeadsBack();
     void runsCountNoMoreThanTheirFieldHolds();
+    void whatATableCannotSayIsNotWritten();
     void tracksAreCountedByTheirKind();
     void timeIsToldInEveryUnit();
     void syncSamplesAreFoundInAnyOrder();
@@ -36,6 +37,7 @@ TestTrack fiveSamples()
     track.timeScale = 1000;
     track.tables = {Box::full("stsz").words({0, 5, 1, 2, 3, 4, 5}),
                     Box::full("stsc").words({2, 1, 2, 1, 3, 1, 1}),
+                    Box::full("co64").u32(1).u64(9), // counts only without the next one
                     Box::full("stco").words({3, 1024, 2048, 3000}),
                     Box::full("stts").words({2, 3, 10, 2, 20}),
                     Box::full("ctts").words({4, 1, 0, 1, 5, 1, 0xFFFFFFFF, 2, 7}),
@@ -92,7 +94,7 @@ void tst_Tracks::samplesAreFoundAndRead()
     QVERIFY(shortest == 10 && longest == 20);
 
     TestTrack timeless = fiveSamples();
-    timeless.tables.removeAt(3);
+    timeless.tables.removeAt(4);
     QCOMPARE(reader.Open(FileOf(movieFile(movie({timeless})))), 0u);
     QCOMPARE(reader.GetSampleIndexForTime(0, &index), 0x40003u);
 }
@@ -137,6 +139,20 @@ void tst_Tracks::runsCountNoMoreThanTheirFieldHolds()
     QCOMPARE(index, kMost);
     QCOMPARE(times.AddEntry(1, 2), MovAtom::ERROR_OKAY);
     QCOMPARE(times.GetSampleIndex(uint64_t(kMost) * 2 + 2, &index), MovAtom::ERROR_INVALID_RET_VAL);
+}
+
+void tst_Tracks::whatATableCannotSayIsNotWritten()
+{
+    SampleSizeAtom sizes;
+    sizes.sizes = {7, 9};
+    sizes.sampleCount = 3;
+    QCOMPARE(written(sizes), QByteArray());
+    ChunkOffsetAtom offsets;
+    offsets.offsets = {1, uint64_t{1} << 32};
+    QCOMPARE(written(offsets), QByteArray());
+    sizes.sampleCount = 2;
+    offsets.type = ChunkOffsetAtom::kWideType;
+    QVERIFY(!written(sizes).isEmpty() && !written(offsets).isEmpty());
 }
 
 void tst_Tracks::tracksAreCountedByTheirKind()
