@@ -12,6 +12,7 @@
 #include "render/VistrelView.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
+#include "settings/SettingsSaver.h"
 #include "settings/VxSettings.h"
 #include "settings/VxSettingsKeys.h"
 #include "settings/VxVlcOptions.h"
@@ -46,6 +47,7 @@ Application::Application(int &argc, char **argv)
     , m_settings(new VxSettings(Identity::applicationName()))
 {
     m_settings->load();
+    m_saver = new SettingsSaver(m_settings);
 }
 
 Application::~Application() = default;
@@ -222,12 +224,14 @@ bool Application::event(QEvent *event)
     return QApplication::event(event);
 }
 
+void Application::saveSettings()
+{
+    m_saver->saveNow();
+}
+
 bool Application::teardown()
 {
     VxVlcOptions::instance()->save(m_settings->store());
-    // What follows may hang on a decoder that waits for a dead disk; what the user has set must not
-    // be lost with it. It is written once more at the end, with what the objects leave behind.
-    m_settings->save();
     m_view->hide();
     // They share contexts with the scene, and the last of these must not be theirs.
     if (!waitForLateWork(kPlayerPatience))
@@ -250,6 +254,9 @@ bool Application::teardown()
     // The last that holds textures.
     delete m_textureProvider;
     m_textureProvider = nullptr;
+    delete m_saver;
+    m_saver = nullptr;
+    // Once more, with what the objects have left behind.
     m_settings->save();
     delete m_settings;
     m_settings = nullptr;

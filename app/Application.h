@@ -12,6 +12,7 @@
 #include <memory>
 
 class PicturePrefetch;
+class SettingsSaver;
 class VxQQuickView;
 class VxVideoPlugin;
 
@@ -30,6 +31,8 @@ public:
     /// command line count from; \a prefetch is the picture that is already decoded for them, or
     /// null.
     void init(const QString &startDirectory, std::unique_ptr<PicturePrefetch> prefetch);
+    /// Writes what the user has set, before anything at the end that may hang.
+    void saveSettings();
     /// Deletes everything and writes the settings.
     /// False when players that were left to themselves do not end: they use what is still there,
     /// and the process must end without destructors.
@@ -85,6 +88,7 @@ private:
     void showView();
 
     VxSettings *m_settings = nullptr;
+    SettingsSaver *m_saver = nullptr;
     VxQQuickView *m_view = nullptr;
     VxGlobalObject *m_globalObject = nullptr;
     VxShaderCodeBuilder *m_shaderBuilder = nullptr;

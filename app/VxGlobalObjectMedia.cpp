@@ -4,7 +4,9 @@
 #include "app/MediaFormats.h"
 #include "app/PicturePrefetch.h"
 #include "app/VideoMetadata.h"
+#include "app/VxContext.h"
 #include "app/VxGlobalObject.h"
+#include "settings/VxSettings.h"
 #include "settings/VxVlcOptions.h"
 
 #include <QFileInfo>
@@ -432,6 +434,7 @@ void VxGlobalObject::setVlcCustomCmd(const QString &what, const QString &cmd)
         options->customMediaOptions = cmd;
     else
         options->customInstanceArguments = cmd;
+    options->save(m_context->settings()->store());
 }
 
 bool VxGlobalObject::isVlcCustom() const

@@ -79,6 +79,9 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
                 relaunch(outcome, startDirectory);
                 _exit(outcome.exitCode);
             });
+        // Guarded already, for the disk may be the one that hangs, and before the players are asked
+        // to stop, which may be in vain.
+        application.saveSettings();
     };
     QObject::connect(application.globalObject(), &VxGlobalObject::ending, beginEnd);
     beginEnd(Application::exec());

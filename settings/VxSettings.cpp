@@ -105,6 +105,7 @@ VxSettings::VxSettings(const QString &applicationName, QObject *parent)
         if (row.takes == Takes::EffectAfterRestart)
             m_needRestart.insert(row.setting.application, row.defaultValue);
     }
+    m_store->setListener([this] { Q_EMIT unsaved(); });
 }
 
 VxSettings::~VxSettings() = default;
@@ -120,12 +121,22 @@ void VxSettings::load()
     }
 }
 
-void VxSettings::save()
+void VxSettings::handOver()
 {
-    // Keys that another instance has added meanwhile must not look as if they were missing.
-    m_store->sync();
     for (auto it = m_defaults.cbegin(); it != m_defaults.cend(); ++it)
         m_store->setValue(it.key(), m_values.value(it.key()));
+}
+
+void VxSettings::save()
+{
+    handOver();
+    m_store->write();
+}
+
+bool VxSettings::saveInBackground()
+{
+    handOver();
+    return m_store->writeInBackground();
 }
 
 void VxSettings::set(const QString &key, const QVariant &value)
@@ -139,6 +150,7 @@ void VxSettings::set(const QString &key, const QVariant &value)
         const QString twin = twinOf(key);
         m_values.insert(twin, kept);
         Q_EMIT settingsChanged(twin);
+        Q_EMIT unsaved();
     }
     const auto initial = m_needRestart.constFind(key);
     if (initial != m_needRestart.constEnd())

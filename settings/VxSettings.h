@@ -25,9 +25,13 @@ public:
 
     /// Reads each preference, or its default, into the preference and its twin.
     void load();
-    /// Writes the preferences. Those that did not change in this run are left as they are in the
-    /// file, where another instance may have changed them meanwhile.
+    /// Writes the preferences, and what else was given to the store; when it returns, they are in
+    /// the file. Those that did not change in this run are left as they are in the file, where
+    /// another instance may have changed them meanwhile.
     void save();
+    /// Begins the same without waiting for the disk. False while the disk still has the one before
+    /// to answer.
+    bool saveInBackground();
 
     /// The store behind, for keys that have neither a default nor a twin.
     VxSettingsManager *store() const { return m_store.data(); }
@@ -42,6 +46,8 @@ public:
     Q_INVOKABLE void resetDefaultValue(const QString &key);
 
 Q_SIGNALS:
+    /// Something was set that the file does not have yet, a preference or a key of the store.
+    void unsaved();
     /// The preference is told first, then its twin.
     void settingsChanged(const QString &key);
     /// A preference that is only read at start was set; with `value` equal to `initialValue` the
@@ -50,6 +56,8 @@ Q_SIGNALS:
                                     const QVariant &initialValue);
 
 private:
+    void handOver();
+
     QScopedPointer<VxSettingsManager> m_store;
     QVariantMap m_values;
     QVariantMap m_defaults;

@@ -12,8 +12,11 @@
 #include <QSettings>
 #include <QStringList>
 
+#include <functional>
+#include <future>
+
 /// Typed access to the settings file. Main thread only. Nothing is reported: a file that cannot
-/// be read is an empty one, and a write that fails is lost.
+/// be read is an empty one, and a write that fails is tried again with the next one.
 class VxSettingsManager : public KernelSettingsWriter
 {
 public:
@@ -21,11 +24,22 @@ public:
     VxSettingsManager();
     VxSettingsManager(QSettings::Scope scope, const QString &organization,
                       const QString &application);
+    /// Writes what is left to write.
+    ~VxSettingsManager() override;
 
-    /// Writes through to the file at the next turn of the event loop, or when the store is
-    /// deleted. A value that is what this store last gave out or wrote is no change: the file
-    /// then keeps what it has, which may be newer and another instance's.
+    /// What readers of this store are given from now on; the file gets it with the next write. A
+    /// value that is what this store last gave out or wrote is no change: the file then keeps what
+    /// it has, which may be newer and another instance's.
     void setValue(const QString &key, const QVariant &value) override;
+
+    /// Has \a listener called with each change that waits to be written.
+    void setListener(std::function<void()> listener) { m_listener = std::move(listener); }
+
+    /// When it returns, what was set is in the file. For as long as the disk takes.
+    void write();
+    /// Begins the same on a thread of its own, because a disk may never answer. False while the one
+    /// before is still at it: what was set then goes on waiting. Readers wait for it.
+    bool writeInBackground();
 
     // Cached getters: the stored value, else the default that setDefault() remembered, else
     // false, 0, 0.0, empty or invalid.
@@ -57,20 +71,33 @@ public:
     void setDefault(const QString &key, const QVariant &defaultValue, bool replace);
 
     /// Writes what is pending and takes up what other instances have written meanwhile.
-    void sync() { m_settings.sync(); }
+    void sync();
 
     /// The file behind the store.
     QString fileName() const { return m_settings.fileName(); }
 
 private:
+    struct Pending
+    {
+        QVariant value;
+        bool isChange; // otherwise only for a file that lacks the key
+    };
+
+    using PendingValues = QHash<QString, Pending>;
+    class FileWriter;
+
+    PendingValues takePending();
     QVariant cached(const QString &key);
-    QVariant stored(const QString &key, const QVariant &defaultValue) const;
+    QVariant stored(const QString &key, const QVariant &defaultValue);
     template <typename T> T given(const QString &key, const T &value);
 
     QSettings m_settings;
     bool m_memoryOnly;
     /// Defaults by key; in a memory-only store also the values.
     QHash<QString, QVariant> m_cache;
-    /// What was last given out or written, by key.
+    /// What was last given out or handed over to be written, by key.
     QHash<QString, QVariant> m_given;
+    PendingValues m_pending;
+    std::future<void> m_writer;
+    std::function<void()> m_listener;
 };

@@ -37,8 +37,6 @@ void VxVlcOptions::load(VxSettingsManager *store)
 void VxVlcOptions::save(VxSettingsManager *store) const
 {
     using namespace VxSettingsKeys;
-    // Keys that another instance has added meanwhile must not look as if they were missing.
-    store->sync();
     store->setValue(kVlcHardwareDecoding, hardwareDecoding);
     store->setValue(kVlcDisableAudio, disableAudio);
     store->setValue(kVlcCustomInstanceArguments, customInstanceArguments);

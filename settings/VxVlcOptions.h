@@ -30,6 +30,7 @@ struct VxVlcOptions
 
     /// Reads all fields but `custom`; a key that was never stored gives false, 0 or nothing.
     void load(VxSettingsManager *store);
+    /// Gives the same fields to the store, to be written with its next write.
     void save(VxSettingsManager *store) const;
 
     /// Arguments for libvlc_new().

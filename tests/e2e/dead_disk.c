@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Loaded into the player before the C library: a file whose name says so lies on a disk that takes
-// the request to open it, or to write it, and never answers.
+// the request to open it, or to write it, and never answers. The
+// graphics driver never gives a context back once the file that DRIVER_HANGS names is there.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <stdarg.h>
+#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -29,3 +31,13 @@ static int answer(const char *function, const char *path, int flags, mode_t mode
 
 ANSWER(open)
 ANSWER(open64)
+
+void glXDestroyContext(void *display, void *context)
+{
+    const char *file = getenv("DRIVER_HANGS");
+    while (file && access(file, F_OK) == 0)
+        pause();
+    void (*next)(void *, void *) =
+        (void (*)(void *, void *))dlsym(RTLD_NEXT, "glXDestroyContext");
+    next(display, context);
+}

@@ -82,6 +82,41 @@ private Q_SLOTS:
 #endif
     }
 
+    void losesNothingByForce_data()
+    {
+        QTest::addColumn<QStringList>("environment");
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("killed") << QStringList() << -1;
+#ifdef TAVRO_DEAD_DISK
+        QTest::newRow("a driver that hangs at the end")
+            << QStringList{"LD_PRELOAD=" TAVRO_DEAD_DISK, "DRIVER_HANGS=" + m_file} << 0;
+#endif
+    }
+
+    void losesNothingByForce()
+    {
+        QFETCH(QStringList, environment);
+        QFETCH(int, exitCode);
+        const QTemporaryDir config;
+        PlayerStart start{{}, {}, environment};
+        start.configHome = config.path();
+        QVERIFY(QFile::remove(m_file));
+        PlayerProcess player(start);
+        QVERIFY(player.window() != 0);
+        player.keys({"ctrl+Down"});
+        QVERIFY(m_source.save(m_file));
+        if (exitCode == 0) {
+            player.end("Ctrl+Q");
+        } else {
+            QTest::qWait(2000);
+            player.terminate(SIGKILL);
+        }
+        QCOMPARE(player.waitForEnd(), exitCode);
+        QFile file(PlayerProcess::settingsFile(config.path()));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().contains("volume=0.45"));
+    }
+
     // What asks for a restart comes with devices that are not here, so a debugger gives the order.
     void startsAnew()
     {
@@ -93,9 +128,10 @@ private Q_SLOTS:
             return runTool("xdotool", {"getwindowpid", window}).toInt();
         };
         const int first = pidOf(QString::number(player.window()));
-        runTool("gdb",
-                {"-q", "-batch", "-p", QString::number(first), "-ex",
-                 "call (void)_ZN16QCoreApplication4exitEi(123456789)"});
+        runTool(
+            "gdb",
+            {"-q", "-batch", "-p", QString::number(first), "-ex",
+             "call (*(Application **)&_ZN16QCoreApplication4selfE)->m_globalObject->restart()"});
         QCOMPARE(player.waitForEnd(), 123456789 & 0xFF);
 
         QString window;

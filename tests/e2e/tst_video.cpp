@@ -203,10 +203,13 @@ private Q_SLOTS:
     {
         QTcpServer server;
         QVERIFY(server.listen(QHostAddress::LocalHost));
-        PlayerProcess player(
-            PlayerStart{{QString("rtsp://127.0.0.1:%1/a").arg(server.serverPort())}});
+        const QTemporaryDir config;
+        PlayerStart start{{QString("rtsp://127.0.0.1:%1/a").arg(server.serverPort())}};
+        start.configHome = config.path();
+        PlayerProcess player(start);
         QVERIFY(server.waitForNewConnection(PlayerProcess::kPatienceMs));
         QVERIFY(player.window() != 0);
+        player.keys({"ctrl+Down"});
         QElapsedTimer elapsed;
         elapsed.start();
         player.terminate(SIGTERM);
@@ -214,6 +217,8 @@ private Q_SLOTS:
         QCOMPARE(player.waitForEnd(), 0);
         QVERIFY2(elapsed.elapsed() < 3000, qPrintable(QString::number(elapsed.elapsed())));
         QCOMPARE(player.noise(), QString());
+        QFile file(PlayerProcess::settingsFile(config.path()));
+        QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll().contains("volume=0.45"));
     }
 
 private:

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ScratchConfig.h"
+#include "settings/SettingsSaver.h"
 #include "settings/VxSettings.h"
 #include "settings/VxSettingsKeys.h"
 #include "settings/VxSettingsManager.h"
 #include "settings/VxVlcOptions.h"
 
+#include <QElapsedTimer>
+#include <QLockFile>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QUrl>
@@ -105,8 +108,7 @@ private Q_SLOTS:
         QCOMPARE(m_settings->get(kOutputProjection.application), QVariant(0));
         QCOMPARE(m_settings->get(kOutputProjection.instance), QVariant(2));
         m_settings->set(kCommunicationPort.application, 7000);
-        m_settings->save();
-        m_settings.reset();
+        m_settings->save(); // and nothing after it: the process may be killed
         QCOMPARE(runOtherInstance({kOutputProjection.instance, kCommunicationPort.instance}),
                  QString("int:0\nint:7000"));
     }
@@ -222,6 +224,33 @@ private Q_SLOTS:
         VxSettingsManager store(QSettings::UserScope, "Tavro", kApplication);
         QCOMPARE(store.getInt(kVlcAudioDelay), 40);
         QCOMPARE(store.getBool(kVlcHardwareDecoding), true);
+    }
+
+    void savesByItself()
+    {
+        VxVlcOptions vlc;
+        VxVlcOptions::setInstance(&vlc);
+        const SettingsSaver saver(m_settings.get());
+        const auto inFile = [] { return runOtherInstance({kVolume.application}).section(':', 1); };
+        {
+            // A disk that does not answer looks like a file that is locked.
+            QLockFile disk(m_settings->store()->fileName() + ".lock");
+            QVERIFY(disk.lock());
+            QElapsedTimer elapsed;
+            elapsed.start();
+            m_settings->set(kVolume.application, 0.25);
+            QTest::qWait(1500);
+            vlc.audioDelay = 30; // a field that tells nobody
+            m_settings->set(kVolume.application, 0.75); // nobody waits for the disk
+            QTest::qWait(1500);
+            QVERIFY(elapsed.elapsed() < 3500);
+            QVERIFY(!QFile::exists(m_settings->store()->fileName()));
+        }
+        QTRY_COMPARE(inFile(), QString("0.75"));
+        VxVlcOptions stored;
+        stored.load(m_settings->store());
+        QCOMPARE(stored.audioDelay, 30);
+        VxVlcOptions::setInstance(nullptr);
     }
 
 private:
