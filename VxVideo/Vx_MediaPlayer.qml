@@ -25,6 +25,8 @@ Loader {
 
     // The plug-in goes before the scene at the end of the program.
     property string backend: vxVideoPlugin ? vxVideoPlugin.currentPlugin : ""
+    // The one that plays, chosen once: a back end that is set later is for the next start.
+    property string loadedBackend
     property url mediaSource
     property var fileMetadata: ({})
     property string logMessage
@@ -86,8 +88,9 @@ Loader {
         seek(target < 0 || target > duration ? 0 : target);
     }
 
-    // Chosen once: a back end that is set later is for the next start.
-    Component.onCompleted: setSource(backend === "vlc" ? "Vx_MediaPlayer_VLC.qml"
-                                                       : "Vx_MediaPlayer_Qt.qml",
-                                     { "player": root })
+    Component.onCompleted: {
+        loadedBackend = backend;
+        setSource(backend === "vlc" ? "Vx_MediaPlayer_VLC.qml" : "Vx_MediaPlayer_Qt.qml",
+                  { "player": root });
+    }
 }

@@ -29,7 +29,7 @@ Item {
     }
 
     function restart() {
-        if (reopeningBackends.indexOf(player.backend) >= 0) {
+        if (reopeningBackends.indexOf(player.loadedBackend) >= 0) {
             var source = player.mediaSource;
             player.mediaSource = "";
             player.mediaSource = source;

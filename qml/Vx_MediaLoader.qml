@@ -208,7 +208,7 @@ Item {
         // Not the property: a change of the player arrives here before its bindings follow.
         const video = mediaPlayer === videoPlayer;
         vxTextureProvider.setShaderEffectSource(mediaPlayer.shaderEffectSource, !video);
-        vxShaderCodeBuilder.invertedColors = video && vxVideoPlugin.currentPlugin === "vlc"
+        vxShaderCodeBuilder.invertedColors = video && videoPlayer.loadedBackend === "vlc"
             && !vxTextureProvider.isSharedMemory();
         vxTextureProvider.textureId = mediaPlayer.textureId;
     }
@@ -283,7 +283,7 @@ Item {
         onVolumeChanged: vxSettings.set("application/volume", volume)
         // The picture changes while its texture keeps its name: the view has to be told.
         onLoaded: {
-            if (vxVideoPlugin.currentPlugin === "vlc")
+            if (loadedBackend === "vlc")
                 vxTextureProvider.watchFrames(item);
         }
     }

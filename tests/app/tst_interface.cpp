@@ -193,6 +193,16 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 1);
     }
 
+    void otherBackEndIsForTheNextStart()
+    {
+        QObject *loader = create("Vx_MediaLoader.qml");
+        QVERIFY(loader);
+        m_videoPlugin->setCurrentPlugin("gstreamermediaplayer");
+        m_app->controller->openFile("http://localhost:9/a.mp4");
+        // What plays is still the one that gives blue for red.
+        QVERIFY(m_app->builder->invertedColors());
+    }
+
     void tellsWhatGoesOn()
     {
         QObject *loader = create("Vx_MediaLoader.qml");
