@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Gives each medium to the player that can show it and hands that player's texture to the view.
-// Uses vxGlobalObject, vxSettings, vxShaderCodeBuilder, vxTextureProvider, vxVideoPlugin, vxView.
+// Uses vxGlobalObject, vxSettings, vxShaderCodeBuilder, vxTextureProvider, vxView.
 import QtQuick 2.15
 import "qrc:/VxVideo"
 
@@ -260,14 +260,6 @@ Item {
             if (loader.mediaPlayer.errorString === message)
                 loader.advice = advice;
             loader.displayMessage(message, advice);
-        }
-    }
-
-    Connections {
-        target: vxVideoPlugin
-
-        function onDisplayMessage(message) {
-            loader.displayMessage(message, "");
         }
     }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The root of the interface.
-// Uses vxGlobalObject, vxSettings, vxView.
+// Uses vxGlobalObject, vxSettings, vxVideoPlugin, vxView.
 import QtQuick 2.15
 import Vistrel 1.0
 
@@ -42,6 +42,15 @@ FocusScope {
 
         name: "tavro.media"
         defaultLogLevel: LoggingCategory.Warning
+    }
+
+    // A notice, unlike the failures that the media loader tells.
+    Connections {
+        target: vxVideoPlugin
+
+        function onDisplayMessage(message) {
+            root.onDisplayMessage(message);
+        }
     }
 
     Item {

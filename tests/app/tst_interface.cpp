@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QDropEvent>
 #include <QImage>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPointer>
 #include <QQmlComponent>
@@ -195,9 +196,15 @@ private Q_SLOTS:
 
     void otherBackEndIsForTheNextStart()
     {
-        QObject *loader = create("Vx_MediaLoader.qml");
-        QVERIFY(loader);
+        QObject *root = create("main_newui.qml");
+        QVERIFY(root);
         m_videoPlugin->setCurrentPlugin("gstreamermediaplayer");
+        const auto objects = root->findChildren<QObject *>();
+        const auto dialog = std::find_if(objects.begin(), objects.end(), [](const QObject *object) {
+            return QByteArray(object->metaObject()->className()).startsWith("Vx_MessageDialog");
+        });
+        QVERIFY(dialog != objects.end());
+        QCOMPARE((*dialog)->property("icon").toInt(), int(QMessageBox::Information));
         m_app->controller->openFile("http://localhost:9/a.mp4");
         // What plays is still the one that gives blue for red.
         QVERIFY(m_app->builder->invertedColors());
