@@ -156,7 +156,7 @@ void Application::showView()
     m_view->setFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
                      | Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint
                      | Qt::WindowFullscreenButtonHint);
-    m_view->setMinimumSize(QSize(640, 460));
+    m_view->setMinimumSize(VxQQuickView::kMinimumSize);
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);
     if (m_commandLine.value(kAdobePlugin).toBool()) {
         // The host plug-in shows the window when it wants it.
@@ -226,6 +226,7 @@ bool Application::event(QEvent *event)
 
 void Application::saveSettings()
 {
+    m_view->keepSize();
     m_saver->saveNow();
 }
 

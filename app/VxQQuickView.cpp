@@ -4,13 +4,25 @@
 #include "app/Identity.h"
 #include "app/VxContext.h"
 #include "app/VxGlobalObject.h"
+#include "settings/VxSettings.h"
+#include "settings/VxSettingsKeys.h"
 
 #include <QDateTime>
 #include <QMouseEvent>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
+#include <QScreen>
 
 #include <cmath>
+
+namespace {
+
+// A window manager may tell of the size of a full screen before it tells of the full screen.
+constexpr int kSettleMs = 200;
+
+} // namespace
+
+constexpr QSize VxQQuickView::kMinimumSize;
 
 VxQQuickView::VxQQuickView(VxContext *context)
     : m_context(context)
@@ -22,6 +34,10 @@ VxQQuickView::VxQQuickView(VxContext *context)
     connect(this, &QQuickWindow::beforeRendering, this, &VxQQuickView::clearWindow,
             Qt::DirectConnection);
     connect(this, &QWindow::windowStateChanged, this, &VxQQuickView::onWindowStateChanged);
+    m_sizeSettling.setSingleShot(true);
+    m_sizeSettling.setInterval(kSettleMs);
+    connect(&m_sizeSettling, &QTimer::timeout, this, &VxQQuickView::keepSize);
+    connect(this, &QWindow::visibilityChanged, &m_sizeSettling, qOverload<>(&QTimer::start));
     // Early enough for the first file, which is opened as soon as the scene graph is there and asks
     // for the largest texture; the main thread is held meanwhile.
     connect(this, &QQuickWindow::sceneGraphInitialized, this, &VxQQuickView::computeGpuInfo,
@@ -37,6 +53,31 @@ VxQQuickView::~VxQQuickView()
     // The rendering thread would go on drawing, and its signals come to what is no longer of this
     // class. Hiding waits for its last frame.
     hide();
+}
+
+QSize VxQQuickView::startSize() const
+{
+    const VxSettings *settings = m_context->settings();
+    const QSize wanted(settings->get(VxSettingsKeys::kWindowWidth.application).toInt(),
+                       settings->get(VxSettingsKeys::kWindowHeight.application).toInt());
+    // A window may stand on several screens.
+    const QSize room = screen() ? screen()->availableVirtualSize() : kMinimumSize;
+    return wanted.boundedTo(room).expandedTo(kMinimumSize);
+}
+
+void VxQQuickView::keepSize()
+{
+    m_sizeSettling.stop();
+    // The next window is neither maximised nor full screen, and is not to fill the screen.
+    if (visibility() != QWindow::Windowed)
+        return;
+    VxSettings *settings = m_context->settings();
+    const auto keep = [settings](const QString &key, int length) {
+        if (settings->get(key) != length)
+            settings->set(key, length);
+    };
+    keep(VxSettingsKeys::kWindowWidth.application, width());
+    keep(VxSettingsKeys::kWindowHeight.application, height());
 }
 
 void VxQQuickView::fullScreenMode(bool enabled)
@@ -155,6 +196,12 @@ bool VxQQuickView::event(QEvent *event)
         return true;
     }
     return QQuickView::event(event);
+}
+
+void VxQQuickView::resizeEvent(QResizeEvent *event)
+{
+    QQuickView::resizeEvent(event);
+    m_sizeSettling.start();
 }
 
 void VxQQuickView::mouseMoveEvent(QMouseEvent *event)

@@ -5,13 +5,14 @@
 
 #include <QQuickView>
 #include <QSize>
+#include <QTimer>
 
 #include <atomic>
 
 class VxContext;
 
-/// Shows the scene, reports the GPU's facts and the frame rate, keeps the title and the full-screen
-/// state, and forwards mouse moves and native events to the interface.
+/// Shows the scene, reports the GPU's facts and the frame rate, keeps the title, the full-screen
+/// state and the window's size, and forwards mouse moves and native events to the interface.
 class VxQQuickView : public QQuickView
 {
     Q_OBJECT
@@ -21,6 +22,8 @@ class VxQQuickView : public QQuickView
     Q_PROPERTY(QString gpuInfo READ gpuInfo NOTIFY gpuInfoChanged)
 
 public:
+    static constexpr QSize kMinimumSize{640, 460};
+
     explicit VxQQuickView(VxContext *context);
     ~VxQQuickView() override;
 
@@ -33,6 +36,12 @@ public:
     int fps() const { return m_fps; }
 
     QString gpuInfo() const { return m_gpuInfo; }
+
+    /// The size that the settings give the window, as far as there is room for it.
+    Q_INVOKABLE QSize startSize() const;
+    /// Gives the settings the size for the next start. It comes by itself when a new size has
+    /// settled; for an end right after it.
+    void keepSize();
 
     Q_INVOKABLE void fullScreenMode(bool enabled);
     Q_INVOKABLE QString colorTeam() const;
@@ -67,12 +76,14 @@ protected Q_SLOTS:
 
 protected:
     bool event(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     bool nativeEvent(const QByteArray &eventType, void *message, long *result) override;
 
 private:
     VxContext *m_context; // not owned
     bool m_fullScreen = false;
+    QTimer m_sizeSettling;
     QSize m_maxTextureSize;
     QString m_gpuInfo;
     std::atomic_int m_fps{0};

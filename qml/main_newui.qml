@@ -28,13 +28,11 @@ FocusScope {
         vx_menu.onKeyPressed(event);
     }
 
-    width: vxSettings.get("application/window/width")
-    height: vxSettings.get("application/window/height")
+    width: vxView.startSize().width
+    height: vxView.startSize().height
     focus: true
     state: "Video"
     Keys.onPressed: onKeyPressed(event)
-    onWidthChanged: vxSettings.set("application/window/width", width)
-    onHeightChanged: vxSettings.set("application/window/height", height)
     Component.onCompleted: vxView.displayMessage.connect(onDisplayMessage)
 
     LoggingCategory {

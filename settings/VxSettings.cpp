@@ -6,6 +6,9 @@
 
 #include <QUrl>
 
+#include <cmath>
+#include <limits>
+
 namespace {
 
 using namespace VxSettingsKeys;
@@ -78,19 +81,50 @@ QString twinOf(QString key)
     return key.replace(QLatin1String("application"), QLatin1String("instance"));
 }
 
+/// A text as a whole number, also one that is written with a point; invalid for no number.
+QVariant wholeNumber(const QString &text)
+{
+    bool ok = false;
+    const double number = text.toDouble(&ok);
+    constexpr double kMax = std::numeric_limits<int>::max();
+    return ok && std::abs(number) < kMax ? QVariant(qRound(number)) : QVariant();
+}
+
+QVariant realNumber(const QString &text)
+{
+    bool ok = false;
+    const double number = text.toDouble(&ok);
+    return ok && std::isfinite(number) ? QVariant(number) : QVariant();
+}
+
+QVariant truth(const QString &text)
+{
+    if (text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0)
+        return true;
+    if (text.compare(QLatin1String("false"), Qt::CaseInsensitive) == 0)
+        return false;
+    const QVariant number = wholeNumber(text);
+    return number.isValid() ? QVariant(number.toInt() != 0) : QVariant();
+}
+
 /// Gives a value that came back from the file as text its type again: without it a script that
-/// adds to a number would append digits. Text that is no such number stays what it is.
+/// adds to a number would append digits. What is no value of the type is as good as absent, and is
+/// written as the default by the next save.
 QVariant typed(const QVariant &value, const QVariant &defaultValue)
 {
-    if (value.userType() != QMetaType::QString)
-        return value;
+    const int type = defaultValue.userType();
     const QString text = value.toString();
-    if (text == QLatin1String("true") || text == QLatin1String("false"))
-        return text == QLatin1String("true");
-    QVariant number = value;
-    if (defaultValue.userType() != QMetaType::QString && number.convert(defaultValue.userType()))
-        return number;
-    return value;
+    QVariant result;
+    if (type == QMetaType::QString)
+        result =
+            text == QLatin1String("true") || text == QLatin1String("false") ? truth(text) : value;
+    else if (value.userType() == type)
+        result = value;
+    else if (type == QMetaType::Bool)
+        result = truth(text);
+    else
+        result = type == QMetaType::Int ? wholeNumber(text) : realNumber(text);
+    return result.isValid() ? result : defaultValue;
 }
 
 } // namespace

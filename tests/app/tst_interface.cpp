@@ -18,6 +18,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -301,6 +302,24 @@ private Q_SLOTS:
         QVERIFY2(text.match(view.gpuInfo()).hasMatch(), qPrintable(view.gpuInfo()));
         QCOMPARE(infos.count(), 1);
         QVERIFY(view.fps() >= 1 && view.fps() <= 3); // from the first frame on
+    }
+
+    void fitsTheScreen()
+    {
+        const QSize room = m_view->screen()->availableVirtualSize();
+        const std::tuple<QSize, QSize> rows[] = {
+            {{700, 500}, {700, 500}},
+            {{-5, 32767}, {640, room.height()}},
+            {{1 << 30, 0}, {room.width(), 460}},
+        };
+        for (const auto &[wanted, expected] : rows) {
+            m_app->settingsObject->set("application/window/width", wanted.width());
+            m_app->settingsObject->set("application/window/height", wanted.height());
+            const QObject *root = create("main_newui.qml");
+            QVERIFY(root);
+            QCOMPARE(QSize(root->property("width").toInt(), root->property("height").toInt()),
+                     expected);
+        }
     }
 
     void closeAsksTheController()

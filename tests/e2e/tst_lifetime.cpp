@@ -3,6 +3,7 @@
 
 #include "tests/e2e/PlayerProcess.h"
 
+#include <QScreen>
 #include <QtTest>
 
 #include <csignal>
@@ -183,6 +184,11 @@ private Q_SLOTS:
             PanoramaScene changed;
             changed.projection = VxShaderCodeBuilder::FISHEYE;
             VERIFY_PICTURE(player.waitForPicture(changed, m_source));
+            // The next window is none that fills the screen.
+            const QSize screen = QGuiApplication::primaryScreen()->size();
+            player.keys({"f"});
+            QTRY_COMPARE(player.screenshot().size(), screen);
+            QTest::qWait(500);
             player.end("Ctrl+Q");
             QCOMPARE(player.waitForEnd(), 0);
         }

@@ -80,7 +80,12 @@ private Q_SLOTS:
             {"general/cameraMoveSteps", "45", 45.0},
             {"communication/ipCustom", "10", "10"},
             {"communication/state", "false", false}, // where text is due
-            {"window/width", "wide", "wide"},
+            {"window/width", "wide", 1000}, // no number
+            {"communication/rate", "99999999999", 20}, // nor is this
+            {"playlist/imageDisplayDuration", "2.6", 3},
+            {"volume", "nan", 0.5},
+            {"general/yprRadUnit", "TRUE", true},
+            {"general/enableAnalytics", "no", true}, // no truth
             {"window/height", "", 600}, // absent
         };
         // QSettings keeps typed values as long as a process lives: only a name that this process
@@ -100,6 +105,9 @@ private Q_SLOTS:
                 QCOMPARE(settings.get(scope + key).typeName(), expected.typeName());
             }
         }
+        settings.save();
+        QFile saved(ScratchConfig::file("types"));
+        QVERIFY(saved.open(QIODevice::ReadOnly) && saved.readAll().contains("width=1000\n"));
     }
 
     void instanceKeyLastsForTheRun()
