@@ -11,11 +11,25 @@ namespace CommandLine {
 
 namespace {
 
+/// True if ".." follows a name. Where that is a link's, only the file system knows what is meant.
+bool leavesAFolder(const QString &file)
+{
+    bool named = false;
+    const QStringList parts = file.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    for (const QString &part : parts) {
+        if (part == QLatin1String("..") && named)
+            return true;
+        named = named || (part != QLatin1String(".") && part != QLatin1String(".."));
+    }
+    return false;
+}
+
 QString absoluteFile(const QString &file, const QString &startDirectory)
 {
     if (MediaFormats::isUrl(file))
         return file;
-    return QDir::cleanPath(QDir(startDirectory).absoluteFilePath(file));
+    const QString path = QDir(startDirectory).absoluteFilePath(file);
+    return leavesAFolder(file) ? path : QDir::cleanPath(path);
 }
 
 struct Options

@@ -48,11 +48,21 @@ Findings surveyFolder(const QString &path)
     return findings;
 }
 
+/// A path in whose folders no ".." is left. What Qt makes of them is wrong behind a link.
+QString withoutClimbs(const QString &path)
+{
+    if (!path.contains(QLatin1String("/..")))
+        return path;
+    const QFileInfo info(path);
+    const QString folder = QFileInfo(info.path()).canonicalFilePath();
+    return folder.isEmpty() ? path : folder + QLatin1Char('/') + info.fileName();
+}
+
 } // namespace
 
 Findings survey(const QUrl &url)
 {
-    const QString path = url.toLocalFile();
+    const QString path = withoutClimbs(url.toLocalFile());
     const QFileInfo info(path);
     if (info.suffix() == QLatin1String("vspl"))
         return surveyPlaylist(path);

@@ -44,6 +44,7 @@ private Q_SLOTS:
             {{"b.jpg", "../c #%.jpg", "."},
              {"/start/here/b.jpg", "/start/c #%.jpg", "/start/here"}},
             {{"rtsp://h/x", "file:///a%20b.jpg"}, {"rtsp://h/x", "file:///a%20b.jpg"}},
+            {{"../a/link/../c.jpg"}, {"/start/here/../a/link/../c.jpg"}},
             {{"a.jpg", "-t", "b.jpg"}, {"/start/here/a.jpg", "/start/here/b.jpg"}},
             {{"--", "-t.jpg"}, {"/start/here/-t.jpg"}},
         };
