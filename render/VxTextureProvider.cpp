@@ -157,11 +157,12 @@ void VxTextureProvider::onQsgTextureChanged()
     QSGTexture *texture = m_sgTextureProvider->texture();
     if (!m_refreshTimer)
         createRefreshTimer();
-    if (!texture)
-        return;
-    // The timer may fire between frames, when another context is current or none.
+    // The timer may fire between frames, when another context is current or none. Without one a
+    // small picture's texture, which it shares with others, cannot even be asked for its name.
     QOpenGLContext *current = QOpenGLContext::currentContext();
-    const bool inScene = current && current == m_context->window()->openglContext();
+    if (!texture || !current)
+        return;
+    const bool inScene = current == m_context->window()->openglContext();
     if (m_isImage && inScene) {
         // Small pictures share a texture with others; all are uploaded when they are first bound.
         if (texture->isAtlasTexture())

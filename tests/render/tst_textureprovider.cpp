@@ -195,6 +195,28 @@ private Q_SLOTS:
         QVERIFY(m_frames->wait(5));
     }
 
+    // As when the timer fires while the window goes. A small picture shares a texture with others,
+    // which nobody has uploaded where it is not drawn itself.
+    void tickWithoutContext()
+    {
+        QQmlComponent component(m_view->engine());
+        component.setData(
+            "import QtQuick 2.15\n"
+            "ShaderEffectSource { hideSource: true; visible: false; sourceItem: Image {\n"
+            "  source: 'data:image/svg+xml,<svg width=\"8\" height=\"8\"/>' } }",
+            QUrl());
+        auto *effect = qobject_cast<QQuickItem *>(component.create());
+        QVERIFY(effect);
+        auto *picture = effect->property("sourceItem").value<QQuickItem *>();
+        picture->setParentItem(m_view->rootObject());
+        effect->setParent(m_view->rootObject());
+        effect->setParentItem(m_view->rootObject());
+        QTRY_COMPARE(picture->width(), 8.0);
+        m_provider->setShaderEffectSource(effect, true);
+        QVERIFY(waitForTexture());
+        QVERIFY(QMetaObject::invokeMethod(m_provider.get(), "onQsgTextureChanged"));
+    }
+
     void newSceneGraph_data() { picture_data(); }
 
     void newSceneGraph()
