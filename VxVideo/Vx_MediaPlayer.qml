@@ -23,8 +23,7 @@ Loader {
         InvalidMedia
     }
 
-    // The plug-in goes before the scene at the end of the program.
-    property string backend: vxVideoPlugin ? vxVideoPlugin.currentPlugin : ""
+    property string backend: vxVideoPlugin.currentPlugin
     // The one that plays, chosen once: a back end that is set later is for the next start.
     property string loadedBackend
     property url mediaSource

@@ -237,14 +237,16 @@ bool Application::teardown()
     // They share contexts with the scene, and the last of these must not be theirs.
     if (!waitForLateWork(kPlayerPatience))
         return false;
-    // Its players have stopped: the controller has seen to that.
+    // The scene's bindings would ask what goes below. Its players have stopped: the controller has
+    // seen to that.
+    m_view->setSource(QUrl());
     delete m_videoPlugin;
     m_videoPlugin = nullptr;
     // Before the scene graph's context: what the two share belongs to the rendering thread, and
     // the last of them deletes it there.
     delete m_shareContext;
     m_shareContext = nullptr;
-    // The scene next: its items and its rendering thread use everything below.
+    // The window next: its rendering thread uses everything below.
     delete m_view;
     m_view = nullptr;
     // Before the builder and the texture provider, whose signals it receives.

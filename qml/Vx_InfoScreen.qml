@@ -11,13 +11,10 @@ Item {
     property string advice: ""
     // Another back end plays no other pictures.
     property bool isVideo: false
-    property bool hasBackendChoice: false
+    readonly property bool hasBackendChoice: vxVideoPlugin.pluginsList().length > 1
 
     signal openRequested()
     signal backendRequested()
-
-    // No binding: it would ask once more when the plug-in goes, which is before the screen does.
-    Component.onCompleted: hasBackendChoice = vxVideoPlugin.pluginsList().length > 1
 
     Column {
         anchors.centerIn: parent

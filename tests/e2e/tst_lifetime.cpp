@@ -24,6 +24,7 @@ private Q_SLOTS:
         for (const char *way : {"window closed", "Ctrl+Q", "SIGINT", "SIGTERM"})
             QTest::newRow(way) << way << QStringList{m_file} << "threaded";
         QTest::newRow("basic render loop") << "window closed" << QStringList{m_file} << "basic";
+        QTest::newRow("settings, Ctrl+Q") << "settings" << QStringList{m_file} << "threaded";
         QTest::newRow("without a picture") << "SIGTERM" << QStringList() << "threaded";
         QTest::newRow("before the first frame") << "at once" << QStringList{m_file} << "threaded";
     }
@@ -40,6 +41,11 @@ private Q_SLOTS:
             QVERIFY(player.window() != 0);
             if (!arguments.isEmpty())
                 VERIFY_PICTURE(player.waitForPicture({}, m_source));
+        }
+        if (way == "settings") {
+            player.keys({"ctrl+comma"});
+            QTest::qWait(700); // for the page to load
+            way = "Ctrl+Q";
         }
         player.end(way);
         QCOMPARE(player.waitForEnd(), 0);
