@@ -6,9 +6,12 @@
 #include <QByteArray>
 #include <QLoggingCategory>
 
+#include <dlfcn.h>
 #include <malloc.h>
 #include <vlc/vlc.h>
 
+#include <cstdarg>
+#include <cstdio>
 #include <future>
 #include <vector>
 
@@ -25,6 +28,31 @@ void limitHeaps()
     mallopt(M_TRIM_THRESHOLD, 128 << 10);
 }
 
+// On libvlc's threads.
+void noteAlsaError(const char *, int, const char *function, int, const char *format, ...)
+{
+    if (!lcVlc().isDebugEnabled())
+        return;
+    char text[256];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    qCDebug(lcVlc) << "ALSA:" << function << text;
+}
+
+// Without a sound device libvlc asks for one with each block of sound, and ALSA answers each time
+// with eight lines on the standard error. The library stays loaded, for what is set lies in it.
+void quietenAlsa()
+{
+    using Handler = void (*)(const char *, int, const char *, int, const char *, ...);
+    using SetHandler = int (*)(Handler);
+    void *alsa = dlopen("libasound.so.2", RTLD_LAZY);
+    void *set = alsa ? dlsym(alsa, "snd_lib_error_set_handler") : nullptr;
+    if (set)
+        reinterpret_cast<SetHandler>(set)(noteAlsaError);
+}
+
 std::vector<QByteArray> argumentTexts()
 {
     const VxVlcOptions *options = VxVlcOptions::instance();
@@ -39,6 +67,7 @@ std::vector<QByteArray> argumentTexts()
 libvlc_instance_t *makeInstance(const std::vector<QByteArray> &texts)
 {
     limitHeaps();
+    quietenAlsa();
     std::vector<const char *> arguments;
     for (const QByteArray &text : texts)
         arguments.push_back(text.constData());

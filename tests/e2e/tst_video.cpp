@@ -53,6 +53,19 @@ private Q_SLOTS:
         QCOMPARE(player.noise(), QString());
     }
 
+    // With the machine's own configuration of ALSA, which may lack a device.
+    void keepsSilentWithoutSound()
+    {
+        QVERIFY(m_clips.make("sound.mp4",
+                             "-f lavfi -i color=red:s=320x160:r=25 -f lavfi -i sine -t 4 -c:a aac"
+                                 + QString(kH264)));
+        PlayerProcess player(
+            PlayerStart{{m_clips.path("sound.mp4")}, {"volume=0"}, {"ALSA_CONFIG_PATH="}});
+        QVERIFY(player.waitForLog("video: first picture"));
+        QTest::qWait(500);
+        QCOMPARE(player.noise(), QString());
+    }
+
     // The index stands first, so what there is of the clip can be read.
     void showsTheFirstPartOfATruncatedClip()
     {
