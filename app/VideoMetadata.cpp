@@ -3,16 +3,36 @@
 
 #include "movparser/src/mov_file_reader.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSize>
+#include <QtEndian>
 
 #include <string>
 
+using Tavro::MovParserLib::MovFileReader;
+
+namespace {
+
+/// By the first atom, whose length and type are its first eight bytes.
+bool isOfTheFamily(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return false;
+    const QByteArray head = file.read(8);
+    return head.size() == 8
+        && MovFileReader::IsFirstAtom(qFromBigEndian<quint32>(head.constData() + 4));
+}
+
+} // namespace
+
 QVariantMap VideoMetadata::read(const QString &path)
 {
-    Tavro::MovParserLib::MovFileReader reader;
+    MovFileReader reader;
     // A pipe would keep the reader waiting.
-    if (!QFileInfo(path).isFile() || reader.Open(path) != 0 || !reader.HasVideo())
+    if (!QFileInfo(path).isFile() || !isOfTheFamily(path) || reader.Open(path) != 0
+        || !reader.HasVideo())
         return {};
 
     uint32_t width = 0;

@@ -45,6 +45,12 @@ template <class Act> uint32_t MovFileReader::Guarded(Act &&act)
     }
 }
 
+bool MovFileReader::IsFirstAtom(uint32_t type)
+{
+    return type == FourCC("ftyp") || type == FourCC("moov") || type == FourCC("free")
+        || type == FourCC("wide") || type == FourCC("mdat");
+}
+
 MovFileReader::~MovFileReader()
 {
     reader.Close();
@@ -120,9 +126,7 @@ uint32_t MovFileReader::Locate(uint32_t type, uint64_t *position, uint64_t *size
         if (header.end == next)
             return ReportError(kParserDomain, ERROR_MISSING_MOVIE_HEADER);
         // The only test of the file's kind.
-        if (next == 0 && header.type != FourCC("ftyp") && header.type != FourCC("moov")
-            && header.type != FourCC("free") && header.type != FourCC("wide")
-            && header.type != FourCC("mdat"))
+        if (next == 0 && !IsFirstAtom(header.type))
             return ReportError(kParserDomain, ERROR_FILE_NOT_COMPATIBLE);
         if (header.type == type) {
             *position = next;

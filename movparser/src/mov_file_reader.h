@@ -45,6 +45,10 @@ public:
     MovFileReader(const MovFileReader &) = delete;
     MovFileReader &operator=(const MovFileReader &) = delete;
 
+    /// True for the atoms that a file of the family begins with. Others are refused, with a line,
+    /// by that alone: who asks first spares a file of another family the line.
+    static bool IsFirstAtom(uint32_t type);
+
     /// Opens and parses. Forgets an earlier file. The file stays open for reading samples.
     [[nodiscard]] uint32_t Open(const QString &path);
     /// The same with a name in UTF-8.
