@@ -3,6 +3,7 @@
 #include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/DetachedThread.h"
+#include "app/DisplayLoss.h"
 #include "app/EndGuard.h"
 #include "app/PicturePrefetch.h"
 #include "app/Platform.h"
@@ -84,7 +85,9 @@ Outcome runApplication(int &argc, char **argv, const QString &startDirectory)
         application.saveSettings();
     };
     QObject::connect(application.globalObject(), &VxGlobalObject::ending, beginEnd);
+    DisplayLoss::watch([&application] { application.saveSettings(); });
     beginEnd(Application::exec());
+    DisplayLoss::endBegins();
     const bool ended = application.teardown();
     VxVlcOptions::setInstance(nullptr);
     if (!ended) {

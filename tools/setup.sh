@@ -10,7 +10,7 @@ set -euo pipefail
 
 build=(g++ cmake ninja-build ccache pkg-config
   qtbase5-dev qtdeclarative5-dev qtmultimedia5-dev
-  libvlc-dev libtbb-dev libwildmagic-dev libgl-dev libturbojpeg0-dev)
+  libvlc-dev libtbb-dev libwildmagic-dev libgl-dev libx11-dev libturbojpeg0-dev)
 use=(libqt5sql5-sqlite libqt5svg5 qt5-image-formats-plugins
   vlc-plugin-base libvlc-bin libgl1 libgl1-mesa-dri fonts-dejavu-core
   libqt5multimedia5-plugins gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav

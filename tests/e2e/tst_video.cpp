@@ -217,6 +217,23 @@ private Q_SLOTS:
         QCOMPARE(player.noise(), QString());
     }
 
+    // Whoever finds the connection broken first: the main thread or the rendering thread.
+    void endsWithItsXServer()
+    {
+        for (int round = 0; round < 6; ++round) {
+            QProcess server;
+            server.start("Xvfb", {"-displayfd", "1", "-screen", "0", "800x600x24", "-noreset"});
+            QVERIFY(server.waitForReadyRead(PlayerProcess::kPatienceMs));
+            PlayerStart start{{m_clips.path("sphere.mp4")}};
+            start.environment << QString("DISPLAY=:" + server.readLine().trimmed());
+            PlayerProcess player(start);
+            QVERIFY(player.waitForLog("video: first picture"));
+            server.kill();
+            server.waitForFinished();
+            QCOMPARE(player.waitForEnd(), 1);
+        }
+    }
+
     // libvlc waits 5 seconds for its first word, which nothing interrupts.
     void endsInSpiteOfASilentServer()
     {
