@@ -9,6 +9,7 @@
 #include "app/VxDropArea.h"
 #include "app/VxGlobalObject.h"
 #include "app/VxQQuickView.h"
+#include "gl/SoftwareOpenGl.h"
 #include "render/VistrelView.h"
 #include "render/VxShaderCodeBuilder.h"
 #include "render/VxTextureProvider.h"
@@ -178,6 +179,7 @@ void Application::checkOpenGLVersion()
     }
     QOpenGLContext *current = QOpenGLContext::currentContext();
     current->functions()->initializeOpenGLFunctions();
+    SoftwareOpenGl::detect();
     m_mainContext = current;
     // The scene graph may have lost the context that the former one shared with.
     if (m_shareContext)

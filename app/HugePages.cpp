@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Large pages for large textures on software OpenGL. Its driver takes the memory of a texture from
-// posix_memalign(), and the kernel clears it page by page as the picture is copied in, which is
-// most of the time of an upload; a panorama that is seen whole then misses the translation of
-// addresses at every other texel. As the program's own symbol, this function comes before the C
+// Large pages for large textures where the processor draws. The driver takes the memory of a
+// texture from posix_memalign(), and the kernel clears it page by page as the picture is copied in,
+// which is most of the time of an upload; a panorama that is seen whole then misses the translation
+// of addresses at every other texel. As the program's own symbol, this function comes before the C
 // library's. Decoders ask here too, for pictures that live as long as a film: these keep small
 // pages, which a machine that has just given its memory back fills far sooner.
+
+#include "gl/SoftwareOpenGl.h"
 
 #include <dlfcn.h>
 #include <link.h>
@@ -41,7 +43,8 @@ extern "C" int posix_memalign(void **memory, std::size_t alignment, std::size_t 
     void *block = memalign(alignment, size);
     // Smaller blocks come from a heap that keeps its pages, and what was asked for them, for
     // others.
-    if (block && size >= kMapped && isDriver(__builtin_return_address(0))) {
+    if (block && size >= kMapped && SoftwareOpenGl::isInUse()
+        && isDriver(__builtin_return_address(0))) {
         const auto begin = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) / kHugePage;
         const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / kHugePage;
         // A kernel without large pages says no, and all is as before.

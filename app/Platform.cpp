@@ -17,8 +17,9 @@ void prepareEnvironment()
     if (!qEnvironmentVariableIsSet("QT_QPA_UPDATE_IDLE_TIME"))
         qputenv("QT_QPA_UPDATE_IDLE_TIME", "0");
     // The window does without a depth and a stencil buffer: nothing in it lies behind something
-    // else, and what is clipped is upright. On software OpenGL they cost each frame a twentieth,
-    // and keep the driver from composing the panorama by copying it.
+    // else, and what is clipped is upright. Where the processor draws they cost each frame a
+    // twentieth, and keep the driver from composing the panorama by copying it; elsewhere they cost
+    // memory. Who draws is not known yet: Qt reads this before there is a context.
     for (const char *name : {"QSG_NO_DEPTH_BUFFER", "QSG_NO_STENCIL_BUFFER"}) {
         if (!qEnvironmentVariableIsSet(name))
             qputenv(name, "1");

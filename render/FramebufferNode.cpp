@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/FramebufferNode.h"
 
+#include "gl/SoftwareOpenGl.h"
+
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QQuickWindow>
 #include <QSGTexture>
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -15,12 +16,11 @@ namespace {
 /// running a shader for each pixel, where nothing but the texture is drawn, in the window's byte
 /// order, as a rectangle that it recognises, into a window without depth and stencil buffer. The
 /// shader would take a quarter of the time of a panorama.
-GLenum pixelOrder(QOpenGLFunctions *gl)
+GLenum pixelOrder()
 {
-    const auto *renderer = reinterpret_cast<const char *>(gl->glGetString(GL_RENDERER));
     // OpenGL ES refuses a texture whose pixels come in another order than its format names.
-    const bool copiesRows = renderer && std::strstr(renderer, "llvmpipe")
-        && !QOpenGLContext::currentContext()->isOpenGLES();
+    const bool copiesRows =
+        SoftwareOpenGl::isInUse() && !QOpenGLContext::currentContext()->isOpenGLES();
     return copiesRows ? GL_BGRA : GL_RGBA;
 }
 
@@ -30,6 +30,7 @@ FramebufferNode::FramebufferNode(QQuickWindow *window)
     : m_window(window)
     , m_geometry(QSGGeometry::defaultAttributes_TexturedPoint2D(), 4)
 {
+    SoftwareOpenGl::detect();
     // Of a strip the driver would make two triangles.
     m_geometry.setDrawingMode(QSGGeometry::DrawTriangleFan);
     setGeometry(&m_geometry);
@@ -92,7 +93,7 @@ void FramebufferNode::makeFramebuffer(QOpenGLFunctions *gl, QSize size)
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     // With a sized format the order would be the driver's choice, which is red first.
-    gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, size.width(), size.height(), 0, pixelOrder(gl),
+    gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, size.width(), size.height(), 0, pixelOrder(),
                      GL_UNSIGNED_BYTE, nullptr);
     gl->glBindTexture(GL_TEXTURE_2D, 0);
     gl->glGenFramebuffers(1, &m_framebuffer);

@@ -4,6 +4,7 @@
 #include "app/VxContext.h"
 #include "app/VxGlobalObject.h"
 #include "devices/VxHmdUIManager.h"
+#include "gl/SoftwareOpenGl.h"
 #include "render/FastBlur.h"
 #include "render/FramePacer.h"
 #include "render/FramebufferNode.h"
@@ -297,7 +298,7 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
         createShaders();
 
     gl->glClearColor(kBackground, kBackground, kBackground, 1);
-    if (!hasTexture || !m_panoramaProgram || !paintsEachPixel())
+    if (!hasTexture || !m_panoramaProgram || !needsNoClearing())
         gl->glClear(GL_COLOR_BUFFER_BIT);
     if (!hasTexture || !m_panoramaProgram)
         return;
@@ -313,12 +314,13 @@ void VistrelView::paintFrame(QOpenGLFunctions *gl)
     gl->glBindTexture(GL_TEXTURE_2D, 0);
 }
 
-// True if the panorama leaves nothing of what the framebuffer held. On software OpenGL clearing it
-// costs a tenth of the panorama itself.
-bool VistrelView::paintsEachPixel() const
+// True if the panorama leaves nothing of what the framebuffer held. Where the processor draws,
+// clearing it costs a tenth of the panorama itself; a graphics card may have to fetch what is not
+// cleared.
+bool VistrelView::needsNoClearing() const
 {
     const int eyes = m_state.splitView ? 2 : 1;
-    return m_panoramaProgram->fillsViewport() && !m_state.overlay
+    return SoftwareOpenGl::isInUse() && m_panoramaProgram->fillsViewport() && !m_state.overlay
         && eyes * m_state.viewport[0] >= std::ceil(m_state.itemSize.width() * m_state.pixelRatio)
         && m_state.viewport[1] >= std::ceil(m_state.itemSize.height() * m_state.pixelRatio);
 }

@@ -96,7 +96,7 @@ private:
     /// Drops what lives in the scene graph's context. Rendering thread, with that context current.
     void releaseGraphics();
     FrameState currentState() const;
-    bool paintsEachPixel() const;
+    bool needsNoClearing() const;
     bool keepsOldPicture() const;
     bool isOverlayActive() const;
     /// Lets \a painting paint into the node.

@@ -3,16 +3,16 @@
 """Fails when a source file includes a header of a layer that its own layer may not use."""
 import pathlib, re, sys
 LAYER = {  # first match wins
-    'app/VxContext.h': 'context', 'app/main': 'shell', 'app/Application': 'shell', 'app/': 'core',
+    'app/VxContext.h': 'context', 'app/main': 'shell', 'app/Application': 'shell', 'app/HugePages': 'shell', 'app/': 'core',
     'render/VistrelView': 'view', 'render/': 'shader', 'settings/': 'settings', 'support/': 'support',
-    'movparser/': 'movparser', 'image/': 'image', 'video/': 'video', 'devices/': 'devices', 'telemetry/': 'telemetry',
+    'gl/': 'gl', 'movparser/': 'movparser', 'image/': 'image', 'video/': 'video', 'devices/': 'devices', 'telemetry/': 'telemetry',
 }
 MAY = {
-    'context': '', 'settings': '', 'support': '', 'movparser': '',
-    'image': 'settings support', 'video': 'settings', 'telemetry': 'settings support',
-    'shader': 'context settings', 'core': 'context shader image movparser settings support telemetry',
-    'devices': 'context core shader image settings', 'view': 'context core devices shader settings',
-    'shell': 'context core devices view shader video image movparser settings support telemetry',
+    'context': '', 'settings': '', 'support': '', 'movparser': '', 'gl': '',
+    'image': 'settings support', 'video': 'gl settings', 'telemetry': 'settings support',
+    'shader': 'context gl settings', 'core': 'context shader image movparser settings support telemetry',
+    'devices': 'context core shader image settings', 'view': 'context core devices gl shader settings',
+    'shell': 'context core devices gl view shader video image movparser settings support telemetry',
 }
 def layer(path):
     return next((l for p, l in LAYER.items() if path.startswith(p)), None)

@@ -19,7 +19,7 @@ use=(libqt5sql5-sqlite libqt5svg5 qt5-image-formats-plugins
   qml-module-qtmultimedia qml-module-qtgraphicaleffects qml-module-qt-labs-settings
   qml-module-qt-labs-folderlistmodel qml-module-qtqml qml-module-qtqml-models2)
 headless=(xvfb openbox xdotool imagemagick)
-test=(wmctrl x11-utils ffmpeg openssl mesa-utils valgrind gdb python3-pil python3-numpy
+test=(wmctrl x11-utils procps ffmpeg openssl mesa-utils valgrind gdb python3-pil python3-numpy
   qtdeclarative5-dev-tools qml-module-qttest clang libclang-rt-14-dev)
 bench=(vlc-plugin-video-output)
 

@@ -3,6 +3,7 @@
 // file of its own.
 #include "video/VxVlcPlayerQml.h"
 
+#include "gl/SoftwareOpenGl.h"
 #include "settings/VxVlcOptions.h"
 #include "video/BoundedWait.h"
 #include "video/Texture.h"
@@ -216,12 +217,14 @@ void VxVlcPlayerQml::playWhenThereIsRoom()
         m_beginning.start();
         return;
     }
-    // Where pictures are drawn by the processors, decoding ahead must not hold up the drawing of
-    // what is decoded: all threads of the medium inherit this from the one that starts it. The wait
-    // is as short as the call, which starts a thread; what follows needs the run that it begins.
+    // Where the processor draws, decoding ahead must not hold up the drawing of what is decoded:
+    // all threads of the medium, the sound's too, inherit this from the one that starts it. The
+    // wait is as short as the call, which starts a thread; what follows needs the run that it
+    // begins.
     std::thread([this] {
         const auto thread = id_t(syscall(SYS_gettid));
-        setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + kNiceness);
+        if (SoftwareOpenGl::isInUse())
+            setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + kNiceness);
         libvlc_media_player_play(player());
     }).join();
     if (m_seekPending >= 0)

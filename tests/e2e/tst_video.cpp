@@ -8,6 +8,8 @@
 #include <QTcpServer>
 #include <QtTest>
 
+#include <sys/resource.h>
+
 #include <csignal>
 
 namespace {
@@ -70,6 +72,23 @@ private Q_SLOTS:
         for (int i = 0; i < clips.size(); ++i)
             QVERIFY(player.waitForLog("video: first picture"));
         QCOMPARE(player.noise(), QString());
+    }
+
+    // Only where the processor draws do decoders and sound stand back.
+    void keepsPriorities()
+    {
+        for (const bool software : {true, false}) {
+            const QString driver = software ? "software" : "hardware";
+            PlayerProcess player(
+                PlayerStart{{m_clips.path("sphere.mp4")}, {}, {"TAVRO_OPENGL=" + driver}});
+            QVERIFY(player.waitForLog("video: first picture"));
+            const QString window = QString::number(player.window());
+            const QString threads = runTool(
+                "ps", {"-L", "-o", "ni=", "-p", runTool("xdotool", {"getwindowpid", window})});
+            // Beside these there is a thread of the driver's that stands back far more.
+            const QString nicer = QString::number(getpriority(PRIO_PROCESS, 0) + 5);
+            QCOMPARE(threads.simplified().split(' ').contains(nicer), software);
+        }
     }
 
     // The index stands first, so what there is of the clip can be read.
