@@ -72,7 +72,7 @@ private Q_SLOTS:
             spelledKeys({"app", "render", "video", "devices", "image", "settings", "telemetry"},
                         {"*.h", "*.cpp"});
         QVERIFY(keys.contains(kKeysHeader + ": application/videoPlugin"));
-        const QRegularExpression mediaType(": application/(json|x-www-form-urlencoded)$");
+        const QRegularExpression mediaType(": application/(json|ogg|x-www-form-urlencoded)$");
         for (const QString &key : keys)
             QVERIFY2(key.startsWith(kKeysHeader) || mediaType.match(key).hasMatch(),
                      qPrintable("use VxSettingsKeys.h in " + key));
