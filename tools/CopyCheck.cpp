@@ -184,8 +184,9 @@ bool PlaceCheck::fragmentsAgree()
 
 bool PlaceCheck::agree(const TopLevelAtom &before, const TopLevelAtom &after)
 {
-    if (before.type != FourCC("moof") && before.type != FourCC("mfra")
-        && before.type != FourCC("sidx"))
+    const bool leads = before.type == FourCC("moof") || before.type == FourCC("mfra")
+        || before.type == FourCC("sidx");
+    if (!leads || before.isCut)
         return true;
     RawAtom a;
     RawAtom b;

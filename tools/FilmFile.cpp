@@ -44,12 +44,13 @@ bool FilmFile::open(int file)
         AtomHeader header;
         if (readAt(m_file, position, head, length) != length)
             return fail("cannot be read");
-        TopLevelAtom atom{0, position, 0, left};
+        TopLevelAtom atom{0, position, 0, left, false};
         if (header.parse(head, left)) {
             atom.type = header.type;
             atom.headerSize = header.headerSize;
             // The media data of a cut recording claims more than the file has.
             atom.size = header.size == 0 ? left : std::min(header.size, left);
+            atom.isCut = header.size > left;
         }
         if (m_atoms.size() == RawAtom::kMaxAtoms)
             throw TooManyAtoms();

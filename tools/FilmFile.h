@@ -16,6 +16,7 @@ public:
         uint64_t position = 0;
         uint64_t headerSize = 0;
         uint64_t size = 0; ///< As far as the file goes.
+        bool isCut = false; ///< The file ends within it.
 
         uint64_t end() const { return position + size; }
     };

@@ -101,6 +101,14 @@ bool setOffset(RawAtom *run, uint64_t offset)
     return true;
 }
 
+/// Whether all of a fragment could be taken apart: what could not may lead somewhere too.
+bool isWhole(const RawAtom &moof, const std::vector<TrackFragment> &fragments)
+{
+    return moof.tail.empty()
+        && std::all_of(fragments.cbegin(), fragments.cend(),
+                       [](const TrackFragment &fragment) { return fragment.atom->tail.empty(); });
+}
+
 /// Moves a track's part whose places count from `base` now. `next` becomes the end of its media.
 bool moveTrack(const TrackFragment &fragment, uint64_t base, const PlaceMap &places, uint64_t *next)
 {
@@ -178,10 +186,11 @@ bool relocateFragment(RawAtom *moof, uint64_t position,
                       const std::map<uint32_t, TrackMedia> &tracks, const PlaceMap &places)
 {
     const std::optional<uint64_t> begin = places(position);
-    if (!begin)
+    const std::vector<TrackFragment> fragments = readFragment(moof, position, tracks);
+    if (!begin || !isWhole(*moof, fragments))
         return false;
     uint64_t next = *begin;
-    for (const TrackFragment &fragment : readFragment(moof, position, tracks)) {
+    for (const TrackFragment &fragment : fragments) {
         const std::optional<uint64_t> base = fragment.hasOwnBase ? moveBase(fragment, places)
             : fragment.countsFromFragment                        ? begin
                                                                  : next;

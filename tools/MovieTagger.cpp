@@ -13,15 +13,17 @@ using Tavro::MovParserLib::FourCC;
 namespace {
 constexpr char kMovedItems[] = "has items whose places in the file cannot be moved";
 
-/// Whether a top-level atom beside the movie may say where in the file something lies.
-bool pointsAtPlaces(uint32_t type)
+/// Whether a top-level atom beside the movie may say where in the file something lies. A fragment
+/// or an index that the file ends in leads nowhere: what it speaks of would stand behind it.
+bool pointsAtPlaces(const FilmFile::TopLevelAtom &atom)
 {
-    switch (type) {
+    switch (atom.type) {
     case FourCC("meta"):
+        return true;
     case FourCC("mfra"):
     case FourCC("moof"):
     case FourCC("sidx"):
-        return true;
+        return !atom.isCut;
     default:
         return false;
     }
@@ -59,7 +61,7 @@ bool MovieTagger::write(OutputFile *out)
             std::vector<uint8_t> bytes;
             m_movie.appendTo(&bytes);
             done = out->append(bytes);
-        } else if (!m_places.isIdentity() && pointsAtPlaces(atom.type)) {
+        } else if (!m_places.isIdentity() && pointsAtPlaces(atom)) {
             done = writeMoved(atom, out);
         } else {
             done = out->appendFrom(m_film.file(), atom.position, atom.size);

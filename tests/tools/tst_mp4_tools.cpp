@@ -152,7 +152,8 @@ void tst_Mp4Tools::initTestCase()
         const Run made = run("ffmpeg", arguments.split(' ', Qt::SkipEmptyParts) << in(name));
         QVERIFY2(made.exitCode == 0, made.errors.constData());
     }
-    // The same fragments with places that count from the beginning of the file.
+    // The same fragments with places that count from the beginning of the file, and a recording
+    // that ends within one.
     QByteArray bytes = readFile(in("fragments.mp4"));
     for (int at = 0; (at = bytes.indexOf("tfhd", at + 1)) > 0;) {
         const int run = bytes.indexOf("trun", at) + 12;
@@ -160,7 +161,8 @@ void tst_Mp4Tools::initTestCase()
         const uint64_t place = readBigEndian(reinterpret_cast<uint8_t *>(bytes.data()) + run, 4);
         bytes.replace(at + 12, 8, Box::encode(0, 8)).replace(run, 4, Box::encode(base + place, 4));
     }
-    QVERIFY(writeFile(in("absolute.mp4"), bytes));
+    QVERIFY(writeFile(in("absolute.mp4"), bytes)
+            && writeFile(in("cut.mp4"), bytes.left(bytes.lastIndexOf("moof") + 60)));
 }
 
 void tst_Mp4Tools::init()
@@ -171,7 +173,8 @@ void tst_Mp4Tools::init()
 void tst_Mp4Tools::tagsEveryFormOfFile_data()
 {
     QTest::addColumn<QString>("clip");
-    for (const char *name : {"last.mp4", "first.mp4", "fragments.mp4", "absolute.mp4", "clip.mov"})
+    for (const char *name :
+         {"last.mp4", "first.mp4", "fragments.mp4", "absolute.mp4", "cut.mp4", "clip.mov"})
         QTest::newRow(name) << in(name);
 }
 
@@ -409,6 +412,7 @@ void tst_Mp4Tools::refusals_data()
     const QString items = in("items.mp4");
     const QString overlap = in("overlap.mp4");
     const QString lead = in("lead.mp4");
+    const QString hidden = in("hidden.mp4");
     const QString beside = in("beside.mp4");
     const QString within = in("within.mp4");
     const Box places = Box::full("iloc").shorts({0x4400, 1, 1, 0, 1}).words({9000, 10});
@@ -422,7 +426,8 @@ void tst_Mp4Tools::refusals_data()
     gone.replace(Box::encode(4096, 4), Box::encode(uint64_t(gone.indexOf("gone")), 4));
     QVERIFY(QFile::exists(pipe) || ::mkfifo(qPrintable(pipe), 0600) == 0);
     QVERIFY(QFile::link(clip, link) && ::link(qPrintable(clip), qPrintable(hardLink)) == 0);
-    QVERIFY(writeFile(text, "not a film at all")
+    const QByteArray fragment = Box("moof").child(Box("traf").claims(100));
+    QVERIFY(writeFile(text, "not a film at all") && writeFile(hidden, movieFile(movie()) + fragment)
             && writeFile(sound, movieFile(movie({TestTrack{"soun"}})))
             && writeFile(overlap, movieFile(movie({overlapping}))) && writeFile(lead, gone)
             && writeFile(items, movieFile(movie({TestTrack()}, {list})))
@@ -448,6 +453,8 @@ void tst_Mp4Tools::refusals_data()
         "has samples within its metadata that cannot be moved");
     row("samples that run into the movie", {overlap, target, "--tool=x"},
         "out.mp4: was not kept, because it does not lead to the samples of the film");
+    row("a fragment whose atom is larger", {hidden, target, "--tool=x"},
+        "has a fragment that cannot be moved");
     row("a million atoms beside the movie", {beside, target}, "has too many atoms");
     row("a million atoms in the movie", {within, target}, "has too many atoms");
     row("no film", {text, target}, "has no movie atom");
