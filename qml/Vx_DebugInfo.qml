@@ -2,6 +2,7 @@
 // What the program is doing: the graphics card, the rates, the road of the frames, the medium.
 // Uses vxGlobalObject, vxShaderCodeBuilder, vxView.
 import QtQuick 2.15
+import "qrc:/VxVideo"
 
 Rectangle {
     id: panel
@@ -17,8 +18,17 @@ Rectangle {
     Text {
         id: info
 
+        // The window's own rate would count the frames in which this text changes.
+        readonly property bool moves: panel.view.fps > 0
+        readonly property bool plays: panel.mediaPlayer.fps > 0
+            && panel.mediaPlayer.playbackState === Vx_MediaPlayer.PlayingState
+
         function degrees(radians) {
             return (radians * 180 / Math.PI).toFixed(1) + "\u00b0";
+        }
+
+        function rate(moves, fps) {
+            return moves ? qsTr("%1 fps").arg(fps) : qsTr("at rest");
         }
 
         anchors.centerIn: parent
@@ -27,9 +37,10 @@ Rectangle {
         font.pixelSize: 13
         font.family: "monospace"
         text: vxView.gpuInfo
-              + qsTr("Window : %1 fps\nPanorama : %2 fps\n").arg(vxView.fps).arg(panel.view.fps)
-              + qsTr("Video : %1 fps\nTexture transfer : %2\nTexture pixel format : %3\n")
-                .arg(panel.mediaPlayer.fps).arg(panel.mediaPlayer.textureTransfer)
+              + qsTr("Window : %1\nPanorama : %2\n")
+                .arg(rate(moves, vxView.fps)).arg(rate(moves, panel.view.fps))
+              + qsTr("Video : %1\nTexture transfer : %2\nTexture pixel format : %3\n")
+                .arg(rate(plays, panel.mediaPlayer.fps)).arg(panel.mediaPlayer.textureTransfer)
                 .arg(panel.mediaPlayer.texturePixelFormat)
               + qsTr("Yaw : %1\nPitch : %2\nRoll : %3\nField of view : %4\u00b0\n")
                 .arg(degrees(vxGlobalObject.yaw)).arg(degrees(vxGlobalObject.pitch))

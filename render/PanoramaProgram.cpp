@@ -32,14 +32,6 @@ bool isRotation(const QMatrix4x4 &matrix)
 
 } // namespace
 
-bool PanoramaUniforms::operator==(const PanoramaUniforms &other) const
-{
-    return matViewInverse == other.matViewInverse && viewportSize == other.viewportSize
-        && viewportSizeMin == other.viewportSizeMin && viewportSizeRatio == other.viewportSizeRatio
-        && fov == other.fov && yaw == other.yaw && pitch == other.pitch && yawMin == other.yawMin
-        && yawMax == other.yawMax && pitchMin == other.pitchMin && pitchMax == other.pitchMax;
-}
-
 ShaderAssumptions PanoramaUniforms::assumptions() const
 {
     ShaderAssumptions result;

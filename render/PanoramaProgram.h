@@ -37,7 +37,6 @@ struct PanoramaUniforms
     float pitchMin = 0;
     float pitchMax = 0;
 
-    bool operator==(const PanoramaUniforms &other) const;
     /// All that holds for these values.
     ShaderAssumptions assumptions() const;
 };

@@ -6,7 +6,6 @@
 #include "devices/VxHmdUIManager.h"
 #include "gl/SoftwareOpenGl.h"
 #include "render/FastBlur.h"
-#include "render/FramePacer.h"
 #include "render/FramebufferNode.h"
 #include "render/SceneStirrer.h"
 #include "render/VxShaderCodeBuilder.h"
@@ -31,9 +30,8 @@ Q_LOGGING_CATEGORY(lcTiming, "tavro.timing", QtWarningMsg)
 // What shows wherever no source is.
 constexpr float kBackground = 0.1333333F;
 
-// A camera that has turned within this time is still turning: the frames follow each other as fast
-// as the window shows them, whatever the pace of the one who turns it.
-constexpr qint64 kTurnMs = 250;
+// Each second in which there are frames is told of: after more than one without, there are none.
+constexpr int kRestMs = 1500;
 
 const QByteArray kDimFragment =
     "#ifdef GL_ES \nprecision highp float; \n#endif \n"
@@ -58,22 +56,20 @@ private:
 
 } // namespace
 
-bool VistrelView::FrameState::operator==(const FrameState &other) const
-{
-    return textureId == other.textureId && contentRevision == other.contentRevision
-        && splitView == other.splitView && overlay == other.overlay && viewport == other.viewport
-        && itemSize == other.itemSize && pixelRatio == other.pixelRatio
-        && uniforms == other.uniforms;
-}
-
 VistrelView::VistrelView(QQuickItem *parent)
     : QQuickPaintedItem(parent)
-    , m_pacer(new FramePacer(this))
     , m_fastBlur(std::make_unique<FastBlur>())
 {
     omp_init_lock(&m_printLock);
     setMipmap(false);
     setRenderTarget(InvertedYFramebufferObject);
+    m_restTimer.setSingleShot(true);
+    m_restTimer.setInterval(kRestMs);
+    connect(&m_restTimer, &QTimer::timeout, this, &VistrelView::rest);
+    connect(this, &VistrelView::fpsChanged, this, [this] {
+        if (m_fps > 0)
+            m_restTimer.start();
+    });
 }
 
 VistrelView::~VistrelView()
@@ -99,19 +95,28 @@ void VistrelView::init(QObject *application)
     connect(builder, &VxShaderCodeBuilder::stereoModeChanged, this, compute);
 
     new SceneStirrer(window);
-    m_pacer->start(window);
-    const auto request = &FramePacer::requestFrame;
-    connect(controller, &VxGlobalObject::rotationMatrixChanged, m_pacer, request);
-    connect(controller, &VxGlobalObject::yawChanged, m_pacer, request);
-    connect(controller, &VxGlobalObject::pitchChanged, m_pacer, request);
-    connect(controller, &VxGlobalObject::fovChanged, m_pacer, request);
-    connect(controller, &VxGlobalObject::yawMinChanged, m_pacer, request);
-    connect(controller, &VxGlobalObject::yawMaxChanged, m_pacer, request);
-    connect(controller, &VxGlobalObject::pitchMinChanged, m_pacer, request);
-    connect(controller, &VxGlobalObject::pitchMaxChanged, m_pacer, request);
-    connect(m_context->textureProvider(), &VxTextureProvider::contentChanged, m_pacer, request);
-    connect(this, &VistrelView::printScreenRequestedChanged, m_pacer, request);
-    connect(this, &QQuickItem::visibleChanged, m_pacer, request);
+    const auto request = &VistrelView::requestFrame;
+    connect(controller, &VxGlobalObject::rotationMatrixChanged, this, request);
+    connect(controller, &VxGlobalObject::yawChanged, this, request);
+    connect(controller, &VxGlobalObject::pitchChanged, this, request);
+    connect(controller, &VxGlobalObject::fovChanged, this, request);
+    connect(controller, &VxGlobalObject::yawMinChanged, this, request);
+    connect(controller, &VxGlobalObject::yawMaxChanged, this, request);
+    connect(controller, &VxGlobalObject::pitchMinChanged, this, request);
+    connect(controller, &VxGlobalObject::pitchMaxChanged, this, request);
+    // A texture may come while the scene is synchronised: it shows in that frame and asks for none.
+    VxTextureProvider *provider = m_context->textureProvider();
+    connect(
+        provider, &VxTextureProvider::contentChanged, this, [this] { m_changed = true; },
+        Qt::DirectConnection);
+    connect(
+        provider, &VxTextureProvider::contentChanged, this,
+        [this] {
+            if (m_changed)
+                requestFrame();
+        },
+        Qt::QueuedConnection);
+    connect(this, &QQuickItem::visibleChanged, this, request);
 
     const auto dirty = &VistrelView::dirtyShader;
     connect(builder, &VxShaderCodeBuilder::hmdModeChanged, this, dirty);
@@ -123,7 +128,12 @@ void VistrelView::init(QObject *application)
     connect(builder, &VxShaderCodeBuilder::invertedColorsChanged, this, dirty);
     connect(builder, &VxShaderCodeBuilder::texturePixelFormatChanged, this, dirty);
 
-    connect(window, &QQuickWindow::afterSynchronizing, this, &VistrelView::catchUp,
+    // The layers of an interface in the view change without a word; once more when it has closed.
+    connect(window, &QQuickWindow::frameSwapped, this, [this] {
+        if (m_state.overlay || isOverlayActive())
+            requestFrame();
+    });
+    connect(window, &QQuickWindow::afterSynchronizing, this, &VistrelView::paintChange,
             Qt::DirectConnection);
     connect(window, &QQuickWindow::sceneGraphInvalidated, this, &VistrelView::releaseGraphics,
             Qt::DirectConnection);
@@ -146,6 +156,24 @@ void VistrelView::setPrintScreenRequested(int mode)
         m_printScreenRequested = mode;
     }
     Q_EMIT printScreenRequestedChanged();
+    if (mode != 0)
+        requestFrame();
+}
+
+void VistrelView::requestFrame()
+{
+    m_changed = true;
+    // A frame in which nothing of it is seen would still compose the window. It asks again when it
+    // is shown.
+    if (isVisible())
+        update();
+}
+
+void VistrelView::rest()
+{
+    m_fps = 0;
+    m_frameCount = 0;
+    Q_EMIT fpsChanged();
 }
 
 void VistrelView::setKeepsPicture(bool keeps)
@@ -153,21 +181,14 @@ void VistrelView::setKeepsPicture(bool keeps)
     if (keeps == m_keepsPicture)
         return;
     m_keepsPicture = keeps;
-    m_pacer->requestFrame();
+    requestFrame();
     Q_EMIT keepsPictureChanged();
-}
-
-// What the node holds stands for a texture that is not there yet.
-bool VistrelView::keepsOldPicture() const
-{
-    return m_keepsPicture && m_node && m_frameKept && m_painted.textureId > 0
-        && m_context->textureProvider()->textureId() <= 0;
 }
 
 void VistrelView::dirtyShader()
 {
     m_shaderDirty = true;
-    m_pacer->requestFrame();
+    requestFrame();
 }
 
 void VistrelView::computeViewportParameters()
@@ -196,85 +217,54 @@ void VistrelView::computeViewportParameters()
         m_viewportWidth = int(m_viewportWidth * screen->devicePixelRatio());
         m_viewportHeight = int(m_viewportHeight * screen->devicePixelRatio());
     }
-    m_pacer->requestFrame();
-}
-
-template <typename Painting> void VistrelView::paintNode(const Painting &painting)
-{
-    m_node->resize(m_state.itemSize, m_state.pixelRatio);
-    QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
-    m_node->bind(gl);
-    painting(gl);
-    m_node->release(gl);
+    requestFrame();
 }
 
 // On the rendering thread, with the main thread held. The base class would open a painter on its
 // framebuffer, which nothing here uses.
 QSGNode *VistrelView::updatePaintNode(QSGNode *node, UpdatePaintNodeData *)
 {
-    if (!m_context)
-        return node;
-    // Nothing can be drawn, but the frame counts.
-    if (!QOpenGLContext::currentContext()) {
-        paint(nullptr);
-        return node;
-    }
-    // Nothing of a hidden item is seen; the loop goes on when it is shown.
-    if (!isVisible()) {
-        m_frameKept = false;
-        return node;
-    }
-    m_state = currentState();
     m_node = static_cast<FramebufferNode *>(node);
-    if (keepsOldPicture()) {
-        m_node->stretch(m_state.itemSize);
-        m_node->markDirty(QSGNode::DirtyMaterial);
-        computeFps();
-        return m_node;
-    }
-    // Without a texture no shader is used.
-    const bool kept = m_node && m_frameKept && !(m_shaderDirty && m_state.textureId > 0)
-        && !m_state.overlay && (printScreenRequested() == 0 || m_state.textureId == 0)
-        && m_state == m_painted;
-    // While a film opens there is nothing to turn, and its decoder needs the processors.
-    if (m_state.textureId > 0 && !(m_state.uniforms == m_painted.uniforms))
-        m_sinceTurn.start();
-    m_pacer->setRestless(m_state.overlay
-                         || (m_sinceTurn.isValid() && !m_sinceTurn.hasExpired(kTurnMs)));
-    if (kept) {
-        // A scene without any change would not be swapped, and the next frame hangs on the swap of
-        // this one.
-        m_node->markDirty(QSGNode::DirtyMaterial);
-        computeFps();
-        return m_node;
-    }
-    m_frameKept = false;
-    if (m_state.itemSize.isEmpty()) {
-        delete node;
+    if (!m_context || !QOpenGLContext::currentContext())
+        return node;
+    if (size().isEmpty()) {
+        delete m_node;
         m_node = nullptr;
-        return nullptr;
-    }
-    if (!m_node)
+    } else if (!m_node) {
         m_node = new FramebufferNode(m_context->window());
-    paintNode([this](QOpenGLFunctions *) { paint(nullptr); });
+        m_holdsPicture = false;
+        m_changed = true;
+    }
     return m_node;
 }
 
-// On the rendering thread, with the main thread held. A still image's texture comes while the scene
-// is synchronised, after this item or before it; its first frame must not wait for the next one.
-void VistrelView::catchUp()
+// On the rendering thread, with the main thread held, when all items have had their turn in the
+// synchronisation: a still image's texture may come after this item.
+void VistrelView::paintChange()
 {
     // Outside of the window an item has no node any more.
-    if (!m_context || window() != m_context->window() || !m_node || !m_frameKept)
+    if (!m_context || window() != m_context->window())
         return;
-    const VxTextureProvider *provider = m_context->textureProvider();
-    if (keepsOldPicture())
+    if (!isVisible()) {
+        m_holdsPicture = false;
         return;
-    if (m_painted.textureId == provider->textureId()
-        && m_painted.contentRevision == provider->contentRevision())
+    }
+    if (!m_changed.exchange(false) && !isOverlayActive())
         return;
     m_state = currentState();
-    paintNode([this](QOpenGLFunctions *gl) { paintFrame(gl); }); // it has been counted
+    if (m_keepsPicture && m_holdsPicture && m_node && m_state.textureId <= 0) {
+        m_node->stretch(m_state.itemSize);
+        return;
+    }
+    QOpenGLContext *context = QOpenGLContext::currentContext();
+    if (m_node && context) {
+        m_node->resize(m_state.itemSize, m_state.pixelRatio);
+        m_node->bind(context->functions());
+        paint(nullptr);
+        m_node->release(context->functions());
+    } else if (!context) {
+        paint(nullptr); // nothing can be drawn, but the frame counts
+    }
 }
 
 // On the rendering thread, with the main thread held.
@@ -290,10 +280,7 @@ void VistrelView::paint(QPainter *)
 void VistrelView::paintFrame(QOpenGLFunctions *gl)
 {
     const bool hasTexture = m_state.textureId > 0;
-    m_painted = m_state;
-    m_frameKept = true;
-    ++m_drawnCount;
-
+    m_holdsPicture = hasTexture;
     if (hasTexture && (m_shaderDirty || m_assumptions != m_state.uniforms.assumptions()))
         createShaders();
 
@@ -346,8 +333,6 @@ VistrelView::FrameState VistrelView::currentState() const
     state.pixelRatio = m_context->window()->effectiveDevicePixelRatio();
     state.splitView = controller->splitView();
     state.overlay = isOverlayActive();
-    // The revision first: a frame that arrives in between is then drawn twice rather than missed.
-    state.contentRevision = provider->contentRevision();
     state.textureId = provider->textureId();
     return state;
 }
@@ -453,7 +438,6 @@ void VistrelView::releaseGraphics()
     m_overlayScene.reset();
     m_fastBlur = std::make_unique<FastBlur>();
     m_shaderDirty = true;
-    m_frameKept = false;
     m_node = nullptr;
 }
 
@@ -476,10 +460,8 @@ void VistrelView::computeFps()
     if (second > m_lastSecond) {
         m_fps = m_frameCount + 1;
         qCDebug(lcTiming) << "frames a second:" << m_fps;
-        qCDebug(lcTiming) << "of them drawn anew:" << m_drawnCount;
         m_lastSecond = second;
         m_frameCount = 0;
-        m_drawnCount = 0;
         Q_EMIT fpsChanged();
     } else {
         ++m_frameCount;

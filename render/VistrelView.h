@@ -6,17 +6,17 @@
 
 #include "render/PanoramaProgram.h"
 
-#include <QElapsedTimer>
 #include <QQuickPaintedItem>
 #include <QSize>
+#include <QTimer>
 
 #include <omp.h>
 
 #include <array>
+#include <atomic>
 #include <memory>
 
 class FastBlur;
-class FramePacer;
 class FramebufferNode;
 class QOpenGLFramebufferObject;
 class QOpenGLFunctions;
@@ -43,7 +43,7 @@ public:
     /// painted.
     Q_INVOKABLE void init(QObject *application);
 
-    /// Frames of the last whole second.
+    /// Frames of the last whole second; 0 for a picture at rest.
     int fps() const { return m_fps; }
 
     /// The pending snapshot: 0 none, 1 in the view's size, 2 in the source's resolution.
@@ -77,7 +77,7 @@ protected:
     QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *data) override;
 
 private:
-    /// All that the pixels of a frame depend on.
+    /// All that the pixels of a frame depend on beside what the texture holds.
     struct FrameState
     {
         PanoramaUniforms uniforms;
@@ -87,20 +87,17 @@ private:
         bool splitView = false;
         bool overlay = false; // the interface shows in the view, and changes as it likes
         int textureId = 0;
-        unsigned contentRevision = 0;
-        bool operator==(const FrameState &other) const;
     };
 
-    /// Paints once more if the synchronisation brought a texture after the item's turn in it.
-    void catchUp();
+    /// Something that the picture depends on has changed, or may have. Nothing else makes a frame.
+    void requestFrame();
+    void paintChange();
+    void rest();
     /// Drops what lives in the scene graph's context. Rendering thread, with that context current.
     void releaseGraphics();
     FrameState currentState() const;
     bool needsNoClearing() const;
-    bool keepsOldPicture() const;
     bool isOverlayActive() const;
-    /// Lets \a painting paint into the node.
-    template <typename Painting> void paintNode(const Painting &painting);
     void paintFrame(QOpenGLFunctions *gl);
     void createShaders();
     void createLayerShaders();
@@ -112,7 +109,7 @@ private:
     void takeSnapshot(QOpenGLFunctions *gl, int mode);
 
     VxContext *m_context = nullptr; // not owned
-    FramePacer *m_pacer; // a child
+    QTimer m_restTimer; // until no frame means that the picture is at rest
 
     std::unique_ptr<PanoramaProgram> m_panoramaProgram;
     std::unique_ptr<PanoramaProgram> m_dimProgram;
@@ -124,10 +121,10 @@ private:
     mutable omp_lock_t m_printLock;
     int m_printScreenRequested = 0;
     bool m_keepsPicture = false;
+    bool m_holdsPicture = false; // the node has drawn a texture, and was seen since
 
     int m_fps = 0;
     int m_frameCount = 0;
-    int m_drawnCount = 0; // of them, those that were not kept
     qint64 m_lastSecond = 0;
 
     std::array<float, 2> m_viewportSize{};
@@ -136,11 +133,9 @@ private:
     int m_viewportWidth = -1; // device pixels
     int m_viewportHeight = -1;
 
+    std::atomic_bool m_changed{true}; // what the framebuffer does not show yet
     FramebufferNode *m_node = nullptr; // the scene graph's; null before the first frame
-    FrameState m_state; // of the frame that is being painted
-    FrameState m_painted; // of the frame that the framebuffer holds
-    QElapsedTimer m_sinceTurn; // since the camera's last move
-    bool m_frameKept = false; // the framebuffer holds a finished frame of m_painted
+    FrameState m_state; // of the frame that was painted last
     bool m_firstFrameAnnounced = false;
 
     std::unique_ptr<FastBlur> m_fastBlur;

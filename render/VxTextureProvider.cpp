@@ -73,7 +73,6 @@ void VxTextureProvider::setTextureSize(const QSize &size)
 
 void VxTextureProvider::noteNewContent()
 {
-    m_contentRevision.fetch_add(1, std::memory_order_release);
     Q_EMIT contentChanged();
 }
 
@@ -187,6 +186,8 @@ void VxTextureProvider::onQsgTextureChanged()
 void VxTextureProvider::expectRendering()
 {
     m_awaitsRendering = m_drawnLater;
+    if (m_refreshTimer)
+        m_refreshTimer->start();
 }
 
 // On the rendering thread, after each frame.
@@ -204,9 +205,12 @@ void VxTextureProvider::onAfterRendering()
     }
 }
 
+// A moving picture is taken in the synchronisation that tells of its next one, so its last one is
+// left for the timer. What stands still after that costs nothing.
 void VxTextureProvider::createRefreshTimer()
 {
     m_refreshTimer = new QTimer;
+    m_refreshTimer->setSingleShot(true);
     m_refreshTimer->setInterval(kRefreshIntervalMs);
     connect(m_refreshTimer, &QTimer::timeout, this, &VxTextureProvider::onQsgTextureChanged,
             Qt::DirectConnection);

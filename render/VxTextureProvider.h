@@ -45,17 +45,13 @@ public:
 
     void setTextureSize(const QSize &size);
 
-    /// Counts up whenever the texture may hold another picture than before, whatever its id.
-    /// Readable on any thread.
-    unsigned contentRevision() const { return m_contentRevision.load(std::memory_order_acquire); }
-
     /// Watches the texture of \a quickItem, which may be null; \a isImage tells a still image,
     /// whose texture is sampled where it lies.
     Q_INVOKABLE void setShaderEffectSource(QQuickItem *quickItem, bool isImage = false);
 
     Q_INVOKABLE bool isSharedMemory() const { return false; }
 
-    /// Counts the frames of a source that draws into a texture of one id: \a player has a signal
+    /// Follows the frames of a source that draws into a texture of one id: \a player has a signal
     /// frameDisplayed(), which may come from any thread.
     Q_INVOKABLE void watchFrames(QObject *player);
 
@@ -66,7 +62,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     void textureIdChanged();
     void textureSizeChanged();
-    /// The texture, or the picture in it, is another one. From any thread.
+    /// The texture, or perhaps the picture in it, is another one. From any thread.
     void contentChanged();
 
 private Q_SLOTS:
@@ -87,7 +83,6 @@ private:
     VxContext *m_context; // not owned
     const bool m_copyTexture;
     std::atomic_int m_textureId{0};
-    std::atomic_uint m_contentRevision{0};
     std::atomic<QSize> m_textureSize{QSize()};
 
     // Not owned. The rendering thread touches it only while the main thread is held; at other times

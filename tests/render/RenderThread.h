@@ -96,8 +96,9 @@ class FrameCounter
 {
 public:
     explicit FrameCounter(QQuickWindow &window)
-        : m_connection(
-            QObject::connect(&window, &QQuickWindow::frameSwapped, [count = m_count] { ++*count; }))
+        : m_window(window)
+        , m_connection(QObject::connect(&window, &QQuickWindow::frameSwapped,
+                                        [count = m_count] { ++*count; }))
     { }
 
     ~FrameCounter() { QObject::disconnect(m_connection); }
@@ -105,14 +106,20 @@ public:
 
     int count() const { return *m_count; }
 
-    /// Waits for so many frames more.
+    /// Waits for so many frames more, which a window at rest does not make by itself.
     bool wait(int frames) const
     {
         const int end = count() + frames;
-        return QTest::qWaitFor([&] { return count() >= end; });
+        return QTest::qWaitFor([&] {
+            if (count() >= end)
+                return true;
+            m_window.update();
+            return false;
+        });
     }
 
 private:
+    QQuickWindow &m_window;
     std::shared_ptr<std::atomic_int> m_count = std::make_shared<std::atomic_int>(0);
     QMetaObject::Connection m_connection;
 };
