@@ -132,7 +132,7 @@ bool canBeDecoded(const QString &path)
     return quint64(size.width()) * quint64(size.height()) * kBytesPerPixel <= memoryForOnePicture();
 }
 
-bool isTruncatedJpeg(const QString &path)
+JpegEnd endOfJpeg(const QString &path)
 {
     // Marker codes of ITU-T T.81, table B.1.
     constexpr int kStartOfImage = 0xD8;
@@ -144,40 +144,43 @@ bool isTruncatedJpeg(const QString &path)
 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return false;
+        return JpegEnd::Behind;
     ByteReader reader(file);
     if (reader.next() != kPrefix || reader.next() != kStartOfImage)
-        return false;
+        return JpegEnd::Behind;
 
     bool inScan = false;
+    JpegEnd cut = JpegEnd::Before; // if the file ends here
     for (;;) {
         if (inScan) {
             if (!reader.skipPast(char(kPrefix)))
-                return true;
+                return cut;
         } else {
             const int prefix = reader.next();
             if (prefix < 0)
-                return true;
+                return cut;
             // Not a marker where one must be: damaged, but not by its end; the decoder will tell.
             if (prefix != kPrefix)
-                return false;
+                return JpegEnd::Behind;
         }
         int marker = reader.next();
         while (marker == kPrefix) // fill bytes
             marker = reader.next();
         if (marker < 0)
-            return true;
+            return cut;
         if (marker == kEndOfImage)
-            return false;
+            return JpegEnd::Behind;
         // Inside a scan a stuffed zero is picture data, and restart markers have no length.
         if (marker == 0 || (marker >= kFirstRestart && marker <= kLastRestart))
             continue;
         const int high = reader.next();
         const int low = reader.next();
         if (high < 0 || low < 0)
-            return true;
+            return cut;
         reader.skip(qMax(0, high * 256 + low - 2));
         inScan = marker == kStartOfScan;
+        if (inScan)
+            cut = JpegEnd::Within;
     }
 }
 

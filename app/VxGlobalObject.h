@@ -315,6 +315,8 @@ Q_SIGNALS:
     void passedOver(const QString &fileName);
     /// The answer to inspectImage(): whether the picture can be given to its player.
     void imageInspected(const QUrl &url, bool usable);
+    /// A usable picture is not complete.
+    void imageCut(const QUrl &url);
     /// The answer to explainFailure(): the message, and below it what helps.
     void failureExplained(const QString &message, const QString &advice);
 

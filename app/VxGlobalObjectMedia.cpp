@@ -385,14 +385,16 @@ void VxGlobalObject::inspectImage(const QUrl &url)
     });
 }
 
-// The decoder is already at work; only a damaged file is reported a second time.
+// The decoder is already at work; only a file that ends too early is reported a second time.
 void VxGlobalObject::inspectEnd(const QUrl &url, const QString &path)
 {
     m_pictureInquiry.ask([this, url, path]() -> FileInquiry::Answer {
-        const bool truncated = ImageInspector::isTruncatedJpeg(path);
-        return [this, url, truncated] {
-            if (truncated)
+        const ImageInspector::JpegEnd end = ImageInspector::endOfJpeg(path);
+        return [this, url, end] {
+            if (end == ImageInspector::JpegEnd::Before)
                 Q_EMIT imageInspected(url, false);
+            else if (end == ImageInspector::JpegEnd::Within)
+                Q_EMIT imageCut(url);
         };
     });
 }

@@ -126,5 +126,10 @@ Image {
             else if (player.source.toString() === "")
                 player.source = vxGlobalObject.pictureSource(url);
         }
+
+        function onImageCut(url) {
+            if (url.toString() === player.mediaSource.toString())
+                player.logMessage += qsTr("The file is incomplete: the picture is shown as far as it goes.\n");
+        }
     }
 }

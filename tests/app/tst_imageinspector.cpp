@@ -45,6 +45,8 @@ QByteArray withSegment(const QByteArray &jpeg, char marker, const QByteArray &co
 
 } // namespace
 
+using End = ImageInspector::JpegEnd;
+
 class TestImageInspector : public QObject
 {
     Q_OBJECT
@@ -104,19 +106,21 @@ private Q_SLOTS:
             {"nothing", ""},
         };
         for (const auto &[name, content] : rows)
-            QVERIFY2(!ImageInspector::isTruncatedJpeg(make(content)), name);
+            QVERIFY2(ImageInspector::endOfJpeg(make(content)) == End::Behind, name);
     }
 
     void cutJpeg()
     {
         const QByteArray jpeg = encoded("jpg", 24);
-        const std::pair<QByteArray, int> rows[] = {
-            {jpeg, 1},
-            {encoded("jpg", 24, true), 1},
-            {withSegment(jpeg, '\xe1', jpeg), 5}, // a whole thumbnail inside
-            {encoded("jpg", 512), 65536}, // which the block that is read at once divides
+        // The last is where the picture's own scans begin to be looked for.
+        const std::tuple<QByteArray, int, int> rows[] = {
+            {jpeg, 1, 0},
+            {encoded("jpg", 24, true), 1, 0},
+            {withSegment(jpeg, '\xe1', jpeg), 5, jpeg.size()}, // a whole thumbnail inside
+            {encoded("jpg", 512), 65536, 0}, // which the block that is read at once divides
         };
-        for (const auto &[content, step] : rows) {
+        for (const auto &[content, step, from] : rows) {
+            const int scan = content.indexOf("\xff\xda", from);
             QFile file(make(content));
             QVERIFY(file.open(QIODevice::ReadWrite));
             // From the last byte down to the start of the image, which every JPEG has.
@@ -125,7 +129,8 @@ private Q_SLOTS:
                 sizes.append(size);
             for (int size : qAsConst(sizes)) {
                 QVERIFY(file.resize(size));
-                QVERIFY2(ImageInspector::isTruncatedJpeg(file.fileName()),
+                const End end = size < scan + 4 ? End::Before : End::Within;
+                QVERIFY2(ImageInspector::endOfJpeg(file.fileName()) == end,
                          qPrintable(QString("%1 of %2").arg(size).arg(content.size())));
             }
         }
