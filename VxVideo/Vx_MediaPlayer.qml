@@ -48,6 +48,8 @@ Loader {
     property string texturePixelFormat
 
     signal seekRequested()
+    // Where the picture is a texture's name, its size.
+    signal frameSizeTold(size frameSize)
 
     function pause() {
         if (item)

@@ -48,6 +48,7 @@ VlcVideoPlayer {
     onFpsChanged: player.fps = fps
     onTextureTransferChanged: player.textureTransfer = textureTransfer
     onTexturePixelFormatChanged: player.texturePixelFormat = texturePixelFormat
+    onFrameSizeTold: player.frameSizeTold(size)
     onDurationChanged: player.duration = duration
     onPositionChanged: player.position = position
     onErrorStringChanged: player.errorString = describeError(errorString)

@@ -45,7 +45,9 @@ Item {
             vxView.updateTitle(url);
         }
 
-        // What the medium before said of itself must not turn this one.
+        // What the medium before said of itself must not turn this one, and its size must be told
+        // again, be it the same.
+        vxTextureProvider.textureSize = Qt.size(-1, -1);
         mediaPlayer.fileMetadata = {};
         const fileMetadata = vxGlobalObject.readMetaData(url);
         const log = vxGlobalObject.logMetaData(url, fileMetadata);
@@ -271,6 +273,10 @@ Item {
         asynchronous: true
         active: loader.isVideo || !loader.awaitsFirstPicture
         visible: loader.isVideo
+        onFrameSizeTold: {
+            if (loader.isVideo)
+                vxTextureProvider.textureSize = frameSize;
+        }
         volume: vxSettings.get("application/volume")
         onVolumeChanged: vxSettings.set("application/volume", volume)
         // The picture changes while its texture keeps its name: the view has to be told.

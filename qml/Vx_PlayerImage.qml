@@ -7,7 +7,13 @@ Item {
 
     function onShowPlayerText(text) {
         textOverlay.active = true;
-        textOverlay.item.show(text);
+        textOverlay.item.show(text, 500);
+    }
+
+    // A text that must be read.
+    function onShowPlayerNotice(text) {
+        textOverlay.active = true;
+        textOverlay.item.show(text, 4000);
     }
 
     // Loaded with the first text: the first frame needs no fonts.
@@ -19,9 +25,11 @@ Item {
         sourceComponent: Rectangle {
             id: panel
 
-            function show(text) {
+            // milliseconds: until it fades.
+            function show(text, milliseconds) {
                 label.text = text;
                 opacity = 1;
+                rest.duration = milliseconds;
                 fade.restart();
             }
 
@@ -47,7 +55,7 @@ Item {
                 id: fade
 
                 PauseAnimation {
-                    duration: 500
+                    id: rest
                 }
 
                 NumberAnimation {

@@ -95,19 +95,19 @@ FocusScope {
             target: vxGlobalObject
 
             function onPassedOver(fileName) {
-                vx_playerImage.onShowPlayerText(qsTr("Passed over, it cannot be shown: %1").arg(fileName));
+                vx_playerImage.onShowPlayerNotice(qsTr("Passed over, it cannot be shown: %1").arg(fileName));
             }
         }
 
         Connections {
             target: vx_videoArea.view
 
-            function onSnapshotSaved(fileName) {
-                vx_playerImage.onShowPlayerText(qsTr("Saved as %1").arg(fileName));
+            function onSnapshotSaved(path) {
+                vx_playerImage.onShowPlayerNotice(qsTr("Saved as %1").arg(path));
             }
 
-            function onSnapshotFailed() {
-                vx_playerImage.onShowPlayerText(qsTr("The picture could not be saved"));
+            function onSnapshotFailed(folder, reason) {
+                vx_playerImage.onShowPlayerNotice(qsTr("The picture could not be saved in %1: %2").arg(folder).arg(reason));
             }
         }
 

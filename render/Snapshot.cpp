@@ -4,13 +4,17 @@
 #include "render/VxShaderCodeBuilder.h"
 #include "settings/VxSettingsKeys.h"
 
+#include <QBuffer>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QLoggingCategory>
+#include <QSaveFile>
 #include <QStandardPaths>
 #include <QUrl>
 
 #include <cmath>
+#include <mutex>
 
 namespace Snapshot {
 
@@ -31,6 +35,15 @@ QSize limited(QSize size, const QSize &limit)
     if (limit.height() < size.height())
         size = scaled(size, double(limit.height()) / size.height());
     return size;
+}
+
+/// Unlike a single call, this one meets the error that ends it early.
+bool writeAll(QIODevice &device, const QByteArray &bytes)
+{
+    qint64 done = 0;
+    for (qint64 step = 1; step > 0 && done < bytes.size(); done += step)
+        step = device.write(bytes.constData() + done, bytes.size() - done);
+    return done == bytes.size();
 }
 
 } // namespace
@@ -88,27 +101,28 @@ QString fileName(bool render, const QDateTime &time)
     return name.replace(QLatin1Char(':'), QLatin1Char('_')) + QLatin1String(".png");
 }
 
-QString save(const QImage &image, bool render, const QString &folder)
+Saved save(const QImage &image, bool render, const QString &folder)
 {
-    if (image.isNull() || !QDir().mkpath(folder))
-        return {};
+    if (image.isNull())
+        return {{}, QCoreApplication::translate("Snapshot", "the picture is too large")};
+    // Not into the file: the encoder would hide why that takes no more.
+    QBuffer png;
+    if (!png.open(QIODevice::WriteOnly) || !image.save(&png, "PNG"))
+        return {{}, QCoreApplication::translate("Snapshot", "there is not enough memory")};
+    QDir().mkpath(folder); // the file tells what is wrong with it
     // Two snapshots of one millisecond would have one name; the later takes the next that is free.
+    static std::mutex oneAtATime;
+    const std::lock_guard lock(oneAtATime);
     QDateTime time = QDateTime::currentDateTime();
-    constexpr int kAttempts = 1000;
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        QString path = folder + QLatin1Char('/') + fileName(render, time);
-        QFile file(path);
-        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-            if (image.save(&file, "PNG") && file.flush())
-                return path;
-            file.remove();
-            return {};
-        }
-        if (!QFile::exists(path))
-            return {};
+    while (QFile::exists(folder + QLatin1Char('/') + fileName(render, time)))
         time = time.addMSecs(1);
-    }
-    return {};
+    QSaveFile file(folder + QLatin1Char('/') + fileName(render, time));
+    const bool written =
+        file.open(QIODevice::WriteOnly) && writeAll(file, png.data()) && file.flush();
+    const QString error = file.errorString(); // which the end of writing forgets
+    if (written && file.commit())
+        return {file.fileName(), {}};
+    return {{}, written ? file.errorString() : error};
 }
 
 } // namespace Snapshot

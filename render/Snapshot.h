@@ -33,8 +33,15 @@ QString folder(const QVariant &setting);
 /// The name of a snapshot taken at \a time; \a render tells one in the source's resolution.
 QString fileName(bool render, const QDateTime &time);
 
-/// Writes \a image as PNG into \a folder under a name that is not taken, and returns the path;
-/// empty when that fails. Slow: for a pool thread.
-QString save(const QImage &image, bool render, const QString &folder);
+/// What became of a snapshot: its path, or the reason why there is none.
+struct Saved
+{
+    QString path;
+    QString error;
+};
+
+/// Writes \a image as PNG into \a folder under a name that is not taken, where it appears only when
+/// it is whole. Slow: for a pool thread; one snapshot at a time.
+Saved save(const QImage &image, bool render, const QString &folder);
 
 } // namespace Snapshot

@@ -69,9 +69,9 @@ Q_SIGNALS:
     void fpsChanged();
     void printScreenRequestedChanged();
     void keepsPictureChanged();
-    /// A snapshot lies on the disk under this name, or could not be written.
-    void snapshotSaved(const QString &fileName);
-    void snapshotFailed();
+    /// A snapshot lies on the disk, or could not be written to the folder for this reason.
+    void snapshotSaved(const QString &path);
+    void snapshotFailed(const QString &folder, const QString &reason);
 
 protected:
     QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *data) override;

@@ -9,7 +9,6 @@
 #include "settings/VxSettings.h"
 #include "settings/VxSettingsKeys.h"
 
-#include <QFileInfo>
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions>
 #include <QPointer>
@@ -71,16 +70,16 @@ void VistrelView::takeSnapshot(QOpenGLFunctions *gl, int mode)
     const QString folder =
         Snapshot::folder(m_context->settings()->get(VxSettingsKeys::kPrintSavePath.application));
     QtConcurrent::run([self = QPointer<VistrelView>(this), image, render, folder] {
-        const QString path = Snapshot::save(image, render, folder);
+        const Snapshot::Saved saved = Snapshot::save(image, render, folder);
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, path] {
+            [self, saved, folder] {
                 if (!self)
                     return;
-                if (path.isEmpty())
-                    Q_EMIT self->snapshotFailed();
+                if (saved.path.isEmpty())
+                    Q_EMIT self->snapshotFailed(folder, saved.error);
                 else
-                    Q_EMIT self->snapshotSaved(QFileInfo(path).fileName());
+                    Q_EMIT self->snapshotSaved(saved.path);
             },
             Qt::QueuedConnection);
     });

@@ -145,6 +145,8 @@ Q_SIGNALS:
     /// Milliseconds.
     void positionChanged(int position);
     void vlcStateChanged(int vlcState);
+    /// The medium's pictures are of this size.
+    void frameSizeTold(const QSize &size);
     /// A new picture is in the texture, whose id stays the same. On the decoder's thread, which a
     /// direct receiver holds up. Not while the item's window is hidden: nobody pays for pictures
     /// that nobody sees.

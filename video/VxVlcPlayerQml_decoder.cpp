@@ -209,6 +209,11 @@ unsigned VxVlcPlayerQml::format(VlcSession *session, char *chroma, unsigned *wid
         return 0;
     if (m_nativeSize)
         QMetaObject::invokeMethod(this, &VxVlcPlayerQml::resizeToFrame, Qt::QueuedConnection);
+    const auto tell = [this, generation = m_generation.load(), size = track.size] {
+        if (generation == m_generation)
+            Q_EMIT frameSizeTold(size);
+    };
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 
     // A mapped texture holds four-byte pixels only.
     const bool convert = m_shaderColorConversion && !target.hasExtension("GL_INTEL_map_texture");

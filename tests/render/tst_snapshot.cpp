@@ -4,10 +4,15 @@
 #include "render/VxShaderCodeBuilder.h"
 
 #include <QDir>
+#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <sys/resource.h>
+
+#include <csignal>
 
 using Builder = VxShaderCodeBuilder;
 
@@ -76,7 +81,7 @@ private Q_SLOTS:
         // Far more than one in a millisecond.
         for (int i = 0; i < 20; ++i) {
             image.fill(QColor(i, 0, 0));
-            paths.append(Snapshot::save(image, false, folder));
+            paths.append(Snapshot::save(image, false, folder).path);
         }
         QCOMPARE(QDir(folder).entryList(QDir::Files).size(), 20);
         for (int i = 0; i < 20; ++i)
@@ -86,8 +91,26 @@ private Q_SLOTS:
     void whatCannotBeSavedLeavesNothing()
     {
         const QImage image(8, 4, QImage::Format_RGB32);
-        QCOMPARE(Snapshot::save(image, true, "/proc"), QString()); // takes no files
-        QCOMPARE(Snapshot::save(QImage(), true, QDir::tempPath()), QString());
+        QTemporaryDir scratch;
+        QFile taken(scratch.filePath("file"));
+        QVERIFY(taken.open(QIODevice::WriteOnly));
+        for (const QString &folder : {QString("/proc"), taken.fileName()}) { // these take no files
+            const Snapshot::Saved saved = Snapshot::save(image, true, folder);
+            QVERIFY(saved.path.isEmpty() && !saved.error.isEmpty());
+        }
+        // A disk that is full in the middle of the picture.
+        rlimit before = {};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit little{100, before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &little), 0);
+        QImage noise(256, 256, QImage::Format_RGB32);
+        QRandomGenerator(1).fillRange(reinterpret_cast<quint32 *>(noise.bits()), 256 * 256);
+        const Snapshot::Saved saved = Snapshot::save(noise, true, scratch.path());
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+        QVERIFY2(saved.error.contains("too large"), qPrintable(saved.error));
+        QCOMPARE(QDir(scratch.path()).entryList(QDir::Files | QDir::Hidden), QStringList("file"));
+        QVERIFY(!Snapshot::save(QImage(), true, QDir::tempPath()).error.isEmpty());
     }
 };
 
