@@ -247,22 +247,40 @@ public:
             QThread::msleep(2000);
             floorTime = sum(idleTimes(still.pid()));
         }
-        Subject player = subject();
+        out() << QStringLiteral("idle for %1 s: bare window %2 s of CPU time\n")
+                     .arg(kMeasuredMs / 1000)
+                     .arg(floorTime, 0, 'f', 3);
+        {
+            Subject player = subject();
+            player.waitFor("first panorama frame");
+            tellIdle("still picture", player);
+        }
+        const QString film = m_scratch.filePath("film.mp4");
+        QProcess::execute("ffmpeg",
+                          QStringLiteral("-loglevel error -f lavfi -i testsrc2=s=1920x1080:r=25 "
+                                         "-t 60 -c:v libx264 -preset ultrafast -pix_fmt yuv420p")
+                                  .split(QLatin1Char(' '))
+                              << film);
+        Subject player(m_player, {film}, m_scratch.filePath("config"));
         player.waitFor("first panorama frame");
+        QThread::msleep(1000);
+        QProcess::execute("xdotool", {"key", "space"});
+        tellIdle("paused film, 1920x1080", player);
+    }
+
+private:
+    static void tellIdle(const char *what, const Subject &player)
+    {
         QThread::msleep(3000);
         const QMap<QString, double> times = idleTimes(player.pid());
-        out() << QStringLiteral("idle for %1 s: player %2 s of CPU time, bare window %3 s\n")
-                     .arg(kMeasuredMs / 1000)
-                     .arg(sum(times), 0, 'f', 2)
-                     .arg(floorTime, 0, 'f', 3);
+        out() << QStringLiteral("  %1: %2 s\n").arg(what).arg(sum(times), 0, 'f', 3);
         for (auto time = times.begin(); time != times.end(); ++time) {
             if (*time >= 0.005)
-                out() << QStringLiteral("  %1 %2 s\n").arg(time.key()).arg(*time, 0, 'f', 2);
+                out() << QStringLiteral("    %1 %2 s\n").arg(time.key()).arg(*time, 0, 'f', 3);
         }
         out().flush();
     }
 
-private:
     Subject floor(const QStringList &arguments) const
     {
         const QString program = QCoreApplication::applicationDirPath() + "/bench_floors";

@@ -93,19 +93,19 @@ void DecoderTarget::makeConverter()
     m_converter = std::make_unique<YuvConverter>(source, fourcc("RGBA"), m_studioRange, m_tessarel);
 }
 
-std::array<void *, 3> DecoderTarget::map()
+std::array<void *, 3> DecoderTarget::map(bool still)
 {
     // Before the frame's memory is mapped: with it, textures cannot be made.
     if (!m_converter)
         makeConverter();
-    const std::array<void *, 3> planes = m_frame->map();
+    const std::array<void *, 3> planes = m_frame->map(still);
     flush();
     return planes;
 }
 
-void DecoderTarget::commit()
+bool DecoderTarget::commit()
 {
-    m_frame->commit(true);
+    return m_frame->commit(true);
 }
 
 GLuint DecoderTarget::draw()

@@ -44,10 +44,10 @@ public:
 
     const VideoFrameBuffers *frame() const { return m_frame.get(); }
 
-    /// Where the next picture is to be written.
-    std::array<void *, 3> map();
-    /// Moves the written picture into the frame's texture.
-    void commit();
+    /// Where the next picture is to be written, `still` as in the frame.
+    std::array<void *, 3> map(bool still = false);
+    /// Moves the written picture into the frame's texture; false when that holds it already.
+    bool commit();
     /// The texture that shows the committed picture, red and blue exchanged; 0 when the driver has
     /// refused what that takes.
     GLuint draw();

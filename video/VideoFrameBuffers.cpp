@@ -5,7 +5,10 @@
 #include <QOpenGLFunctions>
 
 #include <algorithm>
+#include <cstring>
+#include <functional>
 #include <new>
+#include <string_view>
 
 namespace {
 
@@ -151,34 +154,59 @@ bool VideoFrameBuffers::create()
     return m_usable;
 }
 
-std::unique_ptr<unsigned char[]> VideoFrameBuffers::allocateMemory() const
+std::size_t VideoFrameBuffers::memorySize() const
 {
-    const std::size_t size = std::size_t(m_layout.textureWidth)
-        * std::size_t(m_layout.textureHeight) * std::size_t(m_layout.bytesPerTexel);
-    return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[size]());
+    return std::size_t{m_layout.pitches[0]} * static_cast<std::size_t>(m_layout.textureHeight);
 }
 
-std::array<void *, 3> VideoFrameBuffers::map()
+std::unique_ptr<unsigned char[]> VideoFrameBuffers::allocateMemory() const
+{
+    return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[memorySize()]());
+}
+
+// A picture that was locked and not displayed leaves its memory to the next.
+void VideoFrameBuffers::begin()
+{
+    if (!m_begun && m_usable)
+        m_begun = m_client ? m_client.get() : m_texture.map(nullptr);
+}
+
+std::array<void *, 3> VideoFrameBuffers::map(bool still)
 {
     if (!m_created)
         create();
-    // A picture that was locked and not displayed leaves its memory to the next.
-    if (!m_begun && m_usable)
-        m_begun = m_client ? m_client.get() : m_texture.map(nullptr);
-    // The decoder writes in any case.
-    if (!m_begun && !m_waste)
-        m_waste = allocateMemory();
-    void *memory = m_begun ? m_begun : m_waste.get();
+    if (still && !m_own)
+        m_own = allocateMemory();
+    m_still = still && m_own;
+    if (!m_still)
+        begin();
+    const bool usesOwn = m_still || !m_begun;
+    if (!usesOwn)
+        m_own.reset();
+    else if (!m_own)
+        m_own = allocateMemory(); // the decoder writes in any case
+    void *memory = usesOwn ? m_own.get() : m_begun;
     std::array<void *, 3> planes{};
     for (int plane = 0; plane < m_layout.planeCount(); ++plane)
         planes[plane] = static_cast<unsigned char *>(memory) + m_layout.offsets[plane];
     return planes;
 }
 
-void VideoFrameBuffers::commit(bool wait)
+bool VideoFrameBuffers::commit(bool wait)
 {
+    std::optional<std::size_t> hash;
+    if (m_still) {
+        const std::string_view bytes(reinterpret_cast<const char *>(m_own.get()), memorySize());
+        hash = std::hash<std::string_view>()(bytes);
+        if (hash == m_hash)
+            return false;
+        begin();
+        if (m_begun)
+            std::memcpy(m_begun, m_own.get(), memorySize());
+    }
     if (!m_begun)
-        return;
+        return true;
+    m_hash = hash;
     m_async = wait;
     if (!m_client)
         m_texture.unmap();
@@ -187,4 +215,5 @@ void VideoFrameBuffers::commit(bool wait)
                      m_layout.textureHeight, m_pixelFormat, GL_UNSIGNED_BYTE, m_client.get());
     if (m_async)
         m_texture.wait();
+    return true;
 }

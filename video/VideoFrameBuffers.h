@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 /// How a picture's planes lie in one block of memory. Pitches, offsets and sizes are in bytes.
 struct FrameLayout
@@ -59,14 +60,18 @@ public:
     GLuint textureId() const { return m_usable ? m_texture.textureId() : 0; }
 
     /// Where the planes of the next picture are to be written. A picture that was begun and not
-    /// committed is forgotten. When the driver gives no memory the picture goes to waste.
-    std::array<void *, 3> map();
+    /// committed is forgotten. When the driver gives no memory the picture goes to waste. `still`
+    /// says that it is probably the one before once more.
+    std::array<void *, 3> map(bool still = false);
     /// Moves the picture into the texture. With `wait` the upload is ordered before whatever
-    /// follows. Nothing happens when no picture was begun.
-    void commit(bool wait);
+    /// follows. False when it was mapped as a still one and the texture holds it already. Nothing
+    /// happens when no picture was begun.
+    bool commit(bool wait);
 
 private:
     bool create();
+    void begin();
+    std::size_t memorySize() const;
     std::unique_ptr<unsigned char[]> allocateMemory() const;
 
     FrameLayout m_layout;
@@ -78,6 +83,10 @@ private:
     GLint m_internalFormat = 0;
     GLenum m_pixelFormat = 0;
     std::unique_ptr<unsigned char[]> m_client; // null where the driver gives the memory
-    std::unique_ptr<unsigned char[]> m_waste; // for a picture that the driver has no memory for
-    void *m_begun = nullptr; // the memory of the picture being written; null: none, or wasted
+    // For a picture that the driver has no memory for, or one that stands still: the driver's is
+    // not for reading.
+    std::unique_ptr<unsigned char[]> m_own;
+    bool m_still = false; // the picture being written is in m_own, and may be wanted
+    std::optional<std::size_t> m_hash; // of the texture's picture, where that stands still
+    void *m_begun = nullptr; // the texture's next memory; null: none, or none begun
 };

@@ -14,6 +14,12 @@ namespace {
 
 constexpr int kSoonMs = 1000;
 
+// What is asked of libvlc reaches its output after some pictures more.
+constexpr std::chrono::milliseconds kAwake(1000);
+
+// Whatever libvlc wants of the resting thread by itself waits for so long.
+constexpr std::chrono::milliseconds kRest(400);
+
 std::atomic<int> g_holding{0}; // abandoned sessions that hold memory
 QElapsedTimer g_lastAbandoned; // of them
 
@@ -46,14 +52,33 @@ void VlcSession::stop()
 {
     {
         // The decoder's thread may be between asking and waiting.
-        const std::lock_guard locker(m_surfaceMutex);
+        const std::lock_guard locker(m_mutex);
         m_stopping = true;
     }
-    m_surfaceMade.notify_all();
+    m_woken.notify_all();
     libvlc_media_player_stop(m_player);
     m_target.deleteContext();
     m_holdsMemory = false;
     m_stopping = false;
+}
+
+void VlcSession::rest()
+{
+    if (!m_still)
+        return;
+    std::unique_lock locker(m_mutex);
+    m_woken.wait_for(locker, kRest, [this] {
+        return m_stopping || std::chrono::steady_clock::now() < m_awakeUntil;
+    });
+}
+
+void VlcSession::endRest()
+{
+    {
+        const std::lock_guard locker(m_mutex);
+        m_awakeUntil = std::chrono::steady_clock::now() + kAwake;
+    }
+    m_woken.notify_all();
 }
 
 void VlcSession::leaveItem()
@@ -85,17 +110,17 @@ void VlcSession::makeSurface(std::shared_ptr<QOpenGLContext> root)
     surface->setFormat(root->format());
     surface->create();
     {
-        const std::lock_guard locker(m_surfaceMutex);
+        const std::lock_guard locker(m_mutex);
         m_root = std::move(root);
         m_surface.reset(surface);
     }
-    m_surfaceMade.notify_all();
+    m_woken.notify_all();
 }
 
 bool VlcSession::waitForSurface()
 {
-    std::unique_lock locker(m_surfaceMutex);
-    m_surfaceMade.wait(locker, [this] { return m_surface || m_stopping; });
+    std::unique_lock locker(m_mutex);
+    m_woken.wait(locker, [this] { return m_surface || m_stopping; });
     return !m_stopping;
 }
 

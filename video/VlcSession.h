@@ -7,6 +7,7 @@
 #include "video/DecoderTarget.h"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -60,6 +61,18 @@ public:
     /// While stop() runs: further pictures are not wanted. On any thread.
     bool isStopping() const { return m_stopping; }
 
+    /// Whether the player is paused: it then shows its picture again and again. On any thread.
+    void setStill(bool still) { m_still = still; }
+
+    bool isStill() const { return m_still; }
+
+    /// Holds the decoder's thread of a paused player up for a moment, for each time it shows the
+    /// same picture again costs as much as a new one.
+    void rest();
+    /// Something is about to be asked of the player, or to look at it, that wants the next picture
+    /// at once.
+    void endRest();
+
     /// From its return on nothing reaches the item any more: no picture and no event. Main thread
     /// only.
     void leaveItem();
@@ -86,12 +99,15 @@ private:
     };
 
     libvlc_media_player_t *const m_player;
-    std::mutex m_surfaceMutex; // guards m_root and m_surface; m_stopping changes under it
-    std::condition_variable m_surfaceMade;
+    // Guards m_root, m_surface and m_awakeUntil; m_stopping changes under it.
+    std::mutex m_mutex;
+    std::condition_variable m_woken; // a thread that waits for the surface, or rests
     std::shared_ptr<QOpenGLContext> m_root;
     std::unique_ptr<QOffscreenSurface, SurfaceDeleter> m_surface;
     DecoderTarget m_target;
     std::atomic<bool> m_stopping{false};
+    std::atomic<bool> m_still{false};
+    std::chrono::steady_clock::time_point m_awakeUntil;
     std::atomic<bool> m_holdsMemory{false}; // of pictures
     bool m_counts = false; // among the abandoned that hold memory
     std::shared_mutex m_itemMutex; // shared by whoever uses the item

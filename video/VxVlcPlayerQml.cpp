@@ -217,6 +217,7 @@ void VxVlcPlayerQml::playWhenThereIsRoom()
         m_beginning.start();
         return;
     }
+    m_session->setStill(false);
     // Where the processor draws, decoding ahead must not hold up the drawing of what is decoded:
     // all threads of the medium, the sound's too, inherit this from the one that starts it. The
     // wait is as short as the call, which starts a thread; what follows needs the run that it
@@ -239,6 +240,7 @@ void VxVlcPlayerQml::pause()
 {
     if (!player())
         return;
+    m_session->endRest();
     // libvlc pauses nothing that does not play yet.
     const libvlc_state_t state = libvlc_media_player_get_state(player());
     m_pausePending = m_beginning.isActive() || state == libvlc_Opening;
@@ -252,6 +254,7 @@ void VxVlcPlayerQml::play()
         restart();
         return;
     }
+    m_session->endRest();
     switch (libvlc_media_player_get_state(player())) {
     case libvlc_Ended:
     case libvlc_Error:
@@ -323,6 +326,8 @@ void VxVlcPlayerQml::watchWindow(QQuickWindow *itemWindow)
     const auto follow = [this, itemWindow] {
         m_seen = itemWindow->visibility() != QWindow::Hidden
             && itemWindow->visibility() != QWindow::Minimized;
+        if (m_seen && m_session)
+            m_session->endRest();
     };
     m_visibility = connect(itemWindow, &QWindow::visibilityChanged, this, follow);
     follow();
@@ -330,10 +335,12 @@ void VxVlcPlayerQml::watchWindow(QQuickWindow *itemWindow)
 
 void VxVlcPlayerQml::seek(int offset)
 {
-    if (m_beginning.isActive())
+    if (m_beginning.isActive()) {
         m_seekPending = offset;
-    else if (player())
+    } else if (player()) {
+        m_session->endRest();
         libvlc_media_player_set_time(player(), offset);
+    }
     // Only a medium that plays reports its time.
     if (!player() || !libvlc_media_player_is_playing(player()))
         Q_EMIT positionChanged(offset);

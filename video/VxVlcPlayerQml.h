@@ -149,7 +149,7 @@ Q_SIGNALS:
     void frameSizeTold(const QSize &size);
     /// A new picture is in the texture, whose id stays the same. On the decoder's thread, which a
     /// direct receiver holds up. Not while the item's window is hidden: nobody pays for pictures
-    /// that nobody sees.
+    /// that nobody sees. Nor for the same picture again, which libvlc shows while it is paused.
     void frameDisplayed();
 
 protected:
@@ -188,7 +188,7 @@ private:
     unsigned format(VlcSession *session, char *chroma, unsigned *width, unsigned *height,
                     unsigned *pitches, unsigned *lines);
     void forgetPicture(unsigned kept = 0);
-    void display(DecoderTarget &target);
+    bool display(DecoderTarget &target);
     void handleEvent(const libvlc_event_t *event);
     VideoTrack readTracks(libvlc_media_t *media);
     VideoTrack trackForFormat(unsigned width, unsigned height);

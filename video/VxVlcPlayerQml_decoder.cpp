@@ -84,9 +84,10 @@ void VxVlcPlayerQml::onCleanup(void *opaque)
 
 void *VxVlcPlayerQml::onLock(void *opaque, void **planes)
 {
-    DecoderTarget &target = sessionOf(opaque)->target();
+    VlcSession *session = sessionOf(opaque);
+    DecoderTarget &target = session->target();
     target.makeCurrent();
-    const std::array<void *, 3> memory = target.map();
+    const std::array<void *, 3> memory = target.map(session->isStill());
     for (int plane = 0; plane < target.frame()->layout().planeCount(); ++plane)
         planes[plane] = memory[plane];
     return nullptr;
@@ -101,8 +102,11 @@ void VxVlcPlayerQml::onDisplay(void *opaque, void *)
     // The picture that stop() has taken away must not come back.
     if (session->isStopping())
         return;
+    bool taken = true;
     if (const VlcSession::ItemLock item(session); item)
-        item->display(session->target());
+        taken = item->display(session->target());
+    if (!taken)
+        session->rest();
 }
 
 void VxVlcPlayerQml::onEvent(const libvlc_event_t *event, void *opaque)
@@ -254,7 +258,8 @@ void VxVlcPlayerQml::forgetPicture(unsigned kept)
         Q_EMIT fpsChanged();
 }
 
-void VxVlcPlayerQml::display(DecoderTarget &target)
+// False when the picture is one that nobody needs; the next one may then take its time.
+bool VxVlcPlayerQml::display(DecoderTarget &target)
 {
     ++m_displays;
     // The one before has taken its place on the screen.
@@ -266,12 +271,14 @@ void VxVlcPlayerQml::display(DecoderTarget &target)
     // to be written over.
     if (m_seen && (m_displays > kSkippedDisplays || m_hasFewPictures)) {
         target.makeCurrent();
-        target.commit();
+        if (!target.commit())
+            return false;
         updateTexture(target);
         target.flush();
         Q_EMIT frameDisplayed();
     }
     computeFps();
+    return m_seen || m_displays <= kSkippedDisplays;
 }
 
 // On the decoder's thread, its context current.

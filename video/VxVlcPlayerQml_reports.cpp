@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What libvlc reports, as it arrives on the main thread and is passed on to the interface.
+#include "video/VlcSession.h"
 #include "video/VxVlcPlayerQml.h"
 
 #include <vlc/vlc.h>
@@ -45,6 +46,8 @@ void VxVlcPlayerQml::handleState(int generation, int state, const QString &error
             pause();
     }
     m_state = state;
+    if (m_session)
+        m_session->setStill(state == Paused || state == Ended);
     Q_EMIT vlcStateChanged(state);
 }
 

@@ -60,7 +60,8 @@ private Q_SLOTS:
     void firstTwoPicturesNeverAppear();
     void sceneGraphSeesThePicture();
     void sizeChangesMidway();
-    void seekWhilePaused();
+    void paused_data();
+    void paused();
     void seekPastTheEnd();
 
 private:
@@ -366,8 +367,18 @@ void TestVlcPlayer::sizeChangesMidway()
     }
 }
 
-void TestVlcPlayer::seekWhilePaused()
+void TestVlcPlayer::paused_data()
 {
+    QTest::addColumn<bool>("shader");
+    QTest::newRow("as BGRA") << false;
+    QTest::newRow("as planes") << true;
+}
+
+// libvlc shows the same picture again and again; only another one counts, whenever it comes.
+void TestVlcPlayer::paused()
+{
+    QFETCH(bool, shader);
+    m_options.shaderColorConversion = shader;
     const QUrl url =
         clip(QStringLiteral("redblue.mp4"),
              QStringLiteral("-f lavfi -i color=red:s=320x160:r=25:d=4 -f lavfi -i "
@@ -377,15 +388,37 @@ void TestVlcPlayer::seekWhilePaused()
     QVERIFY(m_fixture->waitForFrames(3));
     m_fixture->player->pause();
     QVERIFY(m_fixture->waitForState(VxVlcPlayerQml::Paused));
+    const auto becomes = [&](QRgb color) {
+        return QTest::qWaitFor([&] {
+            const QImage image = m_fixture->lastFrame();
+            return !image.isNull() && distance(image.pixel(10, 10), color) < 90;
+        });
+    };
+    const QRgb red = qRgb(255, 0, 0);
+    const QRgb blue = qRgb(0, 0, 255);
     QTest::qWait(100);
     m_fixture->forget();
     m_fixture->player->seek(6000);
     QCOMPARE(m_fixture->positions, QVector<int>{6000});
-    QVERIFY(QTest::qWaitFor([&] {
-        const QImage image = m_fixture->lastFrame();
-        return !image.isNull() && distance(image.pixel(10, 10), qRgb(0, 0, 255)) < 20;
-    }));
-    QVERIFY(!m_fixture->states.contains(VxVlcPlayerQml::Playing));
+    QVERIFY(becomes(blue));
+    for (int offset = 5000; offset >= 1000; offset -= 200)
+        m_fixture->player->seek(offset);
+    QVERIFY(becomes(red));
+    QTest::qWait(1500); // until nothing is under way
+    m_fixture->forget();
+    QTest::qWait(1000);
+    QCOMPARE(m_fixture->frames(), 0);
+    m_fixture->player->seek(6000); // while its output rests
+    QVERIFY(becomes(blue));
+
+    m_fixture->window.hide();
+    m_fixture->forget();
+    m_fixture->player->seek(1000);
+    QTest::qWait(1000);
+    QCOMPARE(m_fixture->frames(), 0);
+    m_fixture->window.show();
+    QVERIFY(becomes(red));
+    QVERIFY(m_fixture->states.isEmpty());
 }
 
 void TestVlcPlayer::seekPastTheEnd()
