@@ -124,6 +124,15 @@ void VxVlcPlayerQml::setTextureId(int textureId)
         Q_EMIT textureIdChanged();
 }
 
+void VxVlcPlayerQml::setSeenElsewhere(bool seenElsewhere)
+{
+    if (m_seenElsewhere == seenElsewhere)
+        return;
+    m_seenElsewhere = seenElsewhere;
+    findViewers();
+    Q_EMIT seenElsewhereChanged();
+}
+
 void VxVlcPlayerQml::setPaintTexture(bool paintTexture)
 {
     if (m_paintTexture == paintTexture)
@@ -320,17 +329,20 @@ void VxVlcPlayerQml::itemChange(ItemChange change, const ItemChangeData &value)
 void VxVlcPlayerQml::watchWindow(QQuickWindow *itemWindow)
 {
     disconnect(m_visibility);
-    m_seen = false;
-    if (!itemWindow)
-        return;
-    const auto follow = [this, itemWindow] {
-        m_seen = itemWindow->visibility() != QWindow::Hidden
-            && itemWindow->visibility() != QWindow::Minimized;
-        if (m_seen && m_session)
-            m_session->endRest();
-    };
-    m_visibility = connect(itemWindow, &QWindow::visibilityChanged, this, follow);
-    follow();
+    if (itemWindow)
+        m_visibility =
+            connect(itemWindow, &QWindow::visibilityChanged, this, &VxVlcPlayerQml::findViewers);
+    findViewers();
+}
+
+void VxVlcPlayerQml::findViewers()
+{
+    const bool onScreen = window() && window()->visibility() != QWindow::Hidden
+        && window()->visibility() != QWindow::Minimized;
+    m_seen = onScreen || m_seenElsewhere;
+    // The picture of a paused film that they have not seen yet.
+    if (m_seen && m_session)
+        m_session->endRest();
 }
 
 void VxVlcPlayerQml::seek(int offset)

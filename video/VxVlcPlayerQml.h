@@ -42,6 +42,10 @@ class VxVlcPlayerQml : public QQuickPaintedItem
     Q_PROPERTY(float roll READ roll WRITE setRoll NOTIFY rollChanged)
     /// The GL texture with the picture, in a context that shares with the scene graph's; 0: none.
     Q_PROPERTY(int textureId READ textureId WRITE setTextureId NOTIFY textureIdChanged)
+    /// Somebody beside the window takes the texture, as a headset does: pictures are wanted while
+    /// the window is hidden, too.
+    Q_PROPERTY(
+        bool seenElsewhere READ seenElsewhere WRITE setSeenElsewhere NOTIFY seenElsewhereChanged)
     Q_PROPERTY(bool paintTexture READ paintTexture WRITE setPaintTexture NOTIFY paintTextureChanged)
     /// Pictures displayed in the last second.
     Q_PROPERTY(int fps READ fps NOTIFY fpsChanged)
@@ -96,6 +100,10 @@ public:
     /// On any thread.
     void setTextureId(int textureId);
 
+    bool seenElsewhere() const { return m_seenElsewhere; }
+
+    void setSeenElsewhere(bool seenElsewhere);
+
     bool paintTexture() const { return m_paintTexture; }
 
     void setPaintTexture(bool paintTexture);
@@ -134,6 +142,7 @@ Q_SIGNALS:
     void pitchChanged();
     void rollChanged();
     void textureIdChanged();
+    void seenElsewhereChanged();
     void paintTextureChanged();
     void fpsChanged();
     void textureTransferChanged();
@@ -148,8 +157,9 @@ Q_SIGNALS:
     /// The medium's pictures are of this size.
     void frameSizeTold(const QSize &size);
     /// A new picture is in the texture, whose id stays the same. On the decoder's thread, which a
-    /// direct receiver holds up. Not while the item's window is hidden: nobody pays for pictures
-    /// that nobody sees. Nor for the same picture again, which libvlc shows while it is paused.
+    /// direct receiver holds up. Not while the item's window is hidden, unless the picture is seen
+    /// elsewhere: nobody pays for pictures that nobody sees. Nor for the same picture again, which
+    /// libvlc shows while it is paused.
     void frameDisplayed();
 
 protected:
@@ -197,6 +207,7 @@ private:
     bool makeRoot();
 
     void watchWindow(QQuickWindow *itemWindow);
+    void findViewers();
 
     // On the main thread, in the order in which libvlc reported.
     void handleState(int generation, int state, const QString &error);
@@ -217,6 +228,7 @@ private:
     float m_yaw = 0;
     float m_pitch = 0;
     float m_roll = 0;
+    bool m_seenElsewhere = false;
     bool m_paintTexture = false;
     int m_volumePercent = -1; // as set last; -1: never
     bool m_volumePending = false; // until this run has reported its first time
@@ -236,7 +248,7 @@ private:
 
     // Reports of earlier openings, which may still be queued, bear a smaller number.
     std::atomic<int> m_generation{0};
-    std::atomic<bool> m_seen{false}; // the item's window is on the screen
+    std::atomic<bool> m_seen{false}; // by anyone
     std::atomic<bool> m_nativeSize{false};
     std::atomic<bool> m_shaderColorConversion{false};
     std::atomic<int> m_textureId{0};

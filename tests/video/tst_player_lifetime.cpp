@@ -289,6 +289,9 @@ void TestPlayerLifetime::windowClosesDuringPlayback()
             frames = 0;
             QTest::qWait(200);
             QCOMPARE(frames.load(), 0);
+            player->setSeenElsewhere(true);
+            QTRY_VERIFY(frames > 2);
+            player->setSeenElsewhere(false);
             window.show();
             QVERIFY(QTest::qWaitForWindowExposed(&window));
             frames = 0;

@@ -418,6 +418,11 @@ void TestVlcPlayer::paused()
     QCOMPARE(m_fixture->frames(), 0);
     m_fixture->window.show();
     QVERIFY(becomes(red));
+
+    m_fixture->window.hide();
+    m_fixture->player->setSeenElsewhere(true);
+    m_fixture->player->seek(6000);
+    QVERIFY(becomes(blue));
     QVERIFY(m_fixture->states.isEmpty());
 }
 
