@@ -197,8 +197,8 @@ private Q_SLOTS:
             {"general\\loopMode=2", "ctrl+r", {kGreen, kBlue, kRed}},
         };
         QStringList files = threeColours();
-        files.insert(1, path("letter.txt")); // nobody is there to read a message
-        writeFile(files.at(1), "Dear reader,\n");
+        files.append(path("letter.txt")); // nobody is there to read a message
+        writeFile(files.last(), "Dear reader,\n");
         for (const auto &[setting, key, colours] : rows) {
             PlayerProcess player(PlayerStart{files, {"playlist\\imageDisplayDuration=1", setting}});
             QVERIFY(player.waitForColour(kRed));
