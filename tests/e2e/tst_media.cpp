@@ -196,10 +196,11 @@ private Q_SLOTS:
             {"general\\loopMode=0", "", {kGreen, kBlue, kInfoScreen}},
             {"general\\loopMode=2", "ctrl+r", {kGreen, kBlue, kRed}},
         };
-        QStringList files = threeColours();
-        files.append(path("letter.txt")); // nobody is there to read a message
-        writeFile(files.last(), "Dear reader,\n");
+        writeFile(path("letter.txt"), "Dear reader,\n");
         for (const auto &[setting, key, colours] : rows) {
+            QStringList files = threeColours();
+            if (key.isEmpty()) // nobody is there to read a message
+                files.append(path("letter.txt"));
             PlayerProcess player(PlayerStart{files, {"playlist\\imageDisplayDuration=1", setting}});
             QVERIFY(player.waitForColour(kRed));
             if (!key.isEmpty())
