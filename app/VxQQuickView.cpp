@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
+#include <QResizeEvent>
 #include <QScreen>
 
 #include <cmath>
@@ -37,7 +38,7 @@ VxQQuickView::VxQQuickView(VxContext *context)
     m_sizeSettling.setSingleShot(true);
     m_sizeSettling.setInterval(kSettleMs);
     connect(&m_sizeSettling, &QTimer::timeout, this, &VxQQuickView::keepSize);
-    connect(this, &QWindow::visibilityChanged, &m_sizeSettling, qOverload<>(&QTimer::start));
+    connect(this, &QWindow::visibilityChanged, this, [this] { m_newSize = QSize(); });
     // Early enough for the first file, which is opened as soon as the scene graph is there and asks
     // for the largest texture; the main thread is held meanwhile.
     connect(this, &QQuickWindow::sceneGraphInitialized, this, &VxQQuickView::computeGpuInfo,
@@ -68,20 +69,22 @@ QSize VxQQuickView::startSize() const
 void VxQQuickView::keepSize()
 {
     m_sizeSettling.stop();
-    // The next window is neither maximised nor full screen, and is not to fill the screen.
-    if (visibility() != QWindow::Windowed)
+    if (m_newSize.isEmpty())
         return;
     VxSettings *settings = m_context->settings();
     const auto keep = [settings](const QString &key, int length) {
         if (settings->get(key) != length)
             settings->set(key, length);
     };
-    keep(VxSettingsKeys::kWindowWidth.application, width());
-    keep(VxSettingsKeys::kWindowHeight.application, height());
+    keep(VxSettingsKeys::kWindowWidth.application, m_newSize.width());
+    keep(VxSettingsKeys::kWindowHeight.application, m_newSize.height());
+    m_newSize = QSize();
 }
 
 void VxQQuickView::fullScreenMode(bool enabled)
 {
+    // What has just been resized is not given the time to settle.
+    keepSize();
     if (enabled)
         showFullScreen();
     else
@@ -201,6 +204,10 @@ bool VxQQuickView::event(QEvent *event)
 void VxQQuickView::resizeEvent(QResizeEvent *event)
 {
     QQuickView::resizeEvent(event);
+    // The next window is neither maximised nor full screen, and is not to fill the screen.
+    if (visibility() != QWindow::Windowed)
+        return;
+    m_newSize = event->size();
     m_sizeSettling.start();
 }
 

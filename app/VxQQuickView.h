@@ -84,6 +84,7 @@ private:
     VxContext *m_context; // not owned
     bool m_fullScreen = false;
     QTimer m_sizeSettling;
+    QSize m_newSize; // of an ordinary window, while it settles
     QSize m_maxTextureSize;
     QString m_gpuInfo;
     std::atomic_int m_fps{0};
