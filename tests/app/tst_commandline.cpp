@@ -3,6 +3,7 @@
 #include "app/CommandLine.h"
 #include "app/Identity.h"
 #include "app/Platform.h"
+#include "gl/SoftwareOpenGl.h"
 
 #include <QProcess>
 #include <QTest>
@@ -72,6 +73,15 @@ private Q_SLOTS:
             Platform::prepareEnvironment();
             QCOMPARE(qgetenv("QT_QPA_PLATFORM"), expected);
         }
+    }
+
+    void tellsWhoDraws()
+    {
+        using SoftwareOpenGl::isSoftware;
+        QVERIFY(isSoftware("llvmpipe (LLVM 15.0.6, 256 bits)") && isSoftware("softpipe")
+                && isSoftware("ANGLE (Google, Vulkan 1.3.0 (SwiftShader Device), SwiftShader)"));
+        QVERIFY(!isSoftware("NVIDIA H200") && !isSoftware("virgl (LLVMPIPE)")
+                && !isSoftware("AMD Radeon RX 6600 (radeonsi, navi23, LLVM 15.0.6, DRM 3.49)"));
     }
 
     void refuses()

@@ -115,13 +115,8 @@ private Q_SLOTS:
         // Out of what a link names, not of where it stands.
         const QTemporaryDir elsewhere;
         QVERIFY(QFile::link(path("sub"), elsewhere.filePath("link")));
-        for (const char *climb : {"link/..", "link/../"}) {
-            open(elsewhere.filePath(climb));
-            QCOMPARE(opened().url, url("7 #.jpg"));
-        }
-        make("list.vspl", kTour);
-        open(elsewhere.filePath("link/../list.vspl"));
-        QCOMPARE(opened().url, url("día 1 #%.jpg"));
+        open(elsewhere.filePath("link/.."));
+        QCOMPARE(opened().url, url("7 #.jpg"));
     }
 
     void brokenPlaylistFile()

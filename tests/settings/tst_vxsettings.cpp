@@ -6,7 +6,6 @@
 #include "settings/VxSettingsManager.h"
 #include "settings/VxVlcOptions.h"
 
-#include <QElapsedTimer>
 #include <QLockFile>
 #include <QProcess>
 #include <QSignalSpy>
@@ -239,22 +238,18 @@ private Q_SLOTS:
         VxVlcOptions vlc;
         VxVlcOptions::setInstance(&vlc);
         const SettingsSaver saver(m_settings.get());
-        const auto inFile = [] { return runOtherInstance({kVolume.application}).section(':', 1); };
         {
             // A disk that does not answer looks like a file that is locked.
             QLockFile disk(m_settings->store()->fileName() + ".lock");
             QVERIFY(disk.lock());
-            QElapsedTimer elapsed;
-            elapsed.start();
             m_settings->set(kVolume.application, 0.25);
             QTest::qWait(1500);
             vlc.audioDelay = 30; // a field that tells nobody
-            m_settings->set(kVolume.application, 0.75); // nobody waits for the disk
-            QTest::qWait(1500);
-            QVERIFY(elapsed.elapsed() < 3500);
+            m_settings->set(kVolume.application, 0.75);
+            QTest::qWait(1500); // whoever waited for the disk would not get here
             QVERIFY(!QFile::exists(m_settings->store()->fileName()));
         }
-        QTRY_COMPARE(inFile(), QString("0.75"));
+        QTRY_COMPARE(runOtherInstance({kVolume.application}), QString("double:0.75"));
         VxVlcOptions stored;
         stored.load(m_settings->store());
         QCOMPARE(stored.audioDelay, 30);
