@@ -89,6 +89,16 @@ Loader {
         seek(target < 0 || target > duration ? 0 : target);
     }
 
+    // A back end whose module is not installed.
+    function tellMissingBackend() {
+        if (status !== Loader.Error || mediaSource.toString() === "")
+            return;
+        errorString = qsTr("The video backend \"%1\" cannot be loaded.").arg(loadedBackend);
+        playerStatus = Vx_MediaPlayer.InvalidMedia;
+    }
+
+    onStatusChanged: tellMissingBackend()
+    onMediaSourceChanged: tellMissingBackend()
     Component.onCompleted: {
         loadedBackend = backend;
         setSource(backend === "vlc" ? "Vx_MediaPlayer_VLC.qml" : "Vx_MediaPlayer_Qt.qml",

@@ -31,6 +31,11 @@ VlcVideoPlayer {
             .arg(errorString).arg(url).arg(scheme);
     }
 
+    function reopen() {
+        if (player.mediaSource.toString() !== "")
+            restart(true);
+    }
+
     nativeSize: player.nativeSize
     yaw: player.yaw
     pitch: player.pitch
@@ -75,11 +80,11 @@ VlcVideoPlayer {
         target: vxVideoPlugin
 
         function onVlcHwDecodingChanged() {
-            root.player.restart();
+            root.reopen();
         }
 
         function onVlcShaderColorConversionChanged() {
-            root.player.restart();
+            root.reopen();
         }
 
         function onVlcAudioDelayChanged() {

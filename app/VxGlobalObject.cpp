@@ -59,7 +59,11 @@ VxGlobalObject::VxGlobalObject(VxContext *context)
     connect(this, &VxGlobalObject::yawChanged, this, &VxGlobalObject::resetYawInterpolate);
     connect(this, &VxGlobalObject::pitchChanged, this, &VxGlobalObject::resetPitchInterpolate);
     connect(m_context->textureProvider(), &VxTextureProvider::textureIdChanged, this, [this] {
-        if (m_context->textureProvider()->textureId() > 0)
+        // Some players have a texture before they have a picture.
+        constexpr int kBuffered = 6;
+        const QObject *player = currentPlayer();
+        if (m_context->textureProvider()->textureId() > 0 && player
+            && player->property("playerStatus").toInt() == kBuffered)
             noteShown();
     });
     connect(&m_mediumInquiry, &FileInquiry::askingChanged, this, &VxGlobalObject::openingChanged);

@@ -47,7 +47,7 @@ class VxGlobalObject : public QObject
     Q_PROPERTY(QMatrix4x4 rotationMatrix READ rotationMatrix WRITE setRotationMatrix NOTIFY
                    rotationMatrixChanged)
     Q_PROPERTY(
-        int playListIndex READ playListIndex WRITE setPlayListIndex NOTIFY playListIndexChanged)
+        int playListIndex READ playListIndex WRITE choosePlayListIndex NOTIFY playListIndexChanged)
     Q_PROPERTY(bool touchMode READ touchMode WRITE setTouchMode NOTIFY touchModeChanged)
     Q_PROPERTY(bool splitView READ splitView WRITE setSplitView NOTIFY splitViewChanged)
     Q_PROPERTY(bool tv3dView READ tv3dView WRITE setTv3dView NOTIFY tv3dViewChanged)
@@ -132,7 +132,8 @@ public:
 
     int playListIndex() const { return m_playListIndex; }
 
-    void setPlayListIndex(int index, bool dragAndDrop = false);
+    /// As the user's choice.
+    void choosePlayListIndex(int index);
 
     bool touchMode() const { return m_touchMode; }
 
@@ -240,6 +241,8 @@ public:
     /// For the media loader, when \a medium cannot be shown. Returns what the user must be told
     /// instead of \a message, or nothing when the show goes on without it.
     Q_INVOKABLE QString refuse(const QUrl &medium, const QString &message);
+    /// The medium is seen or heard.
+    Q_INVOKABLE void noteShown();
     /// Looks why \a medium could not be shown, or the last one that was asked for if it is empty;
     /// the answer comes soon as failureExplained().
     Q_INVOKABLE void explainFailure(const QUrl &medium, const QString &message);
@@ -336,7 +339,7 @@ private:
     void processFileSource(const QUrl &source, const QString &error, bool dragAndDrop);
     void giveToLoader(const QUrl &source, const QString &error, bool dragAndDrop);
     void inspectEnd(const QUrl &url, const QString &path);
-    void noteShown();
+    void setPlayListIndex(int index, bool dragAndDrop = false);
     void stopPassingOver();
     void tryNextEntry();
 

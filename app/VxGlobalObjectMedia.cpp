@@ -189,10 +189,11 @@ void VxGlobalObject::explainFailure(const QUrl &medium, const QString &message)
     m_advisor.explain(medium.isEmpty() ? m_asked : medium, message);
 }
 
-// The medium is seen or heard.
 void VxGlobalObject::noteShown()
 {
-    m_onItsWay.clear();
+    // The next one may be on its way already.
+    if (m_mediaLoader && m_mediaLoader->property("mediaSource").toUrl() == m_onItsWay)
+        m_onItsWay.clear();
     m_progress.shown();
 }
 
@@ -234,6 +235,12 @@ void VxGlobalObject::clearPlayList()
     m_playlist.clear();
     m_playListIndex = -1;
     Q_EMIT playListIndexChanged();
+}
+
+void VxGlobalObject::choosePlayListIndex(int index)
+{
+    m_progress.step(1, false);
+    setPlayListIndex(index);
 }
 
 void VxGlobalObject::setPlayListIndex(int index, bool dragAndDrop)

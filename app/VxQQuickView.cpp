@@ -205,7 +205,8 @@ void VxQQuickView::resizeEvent(QResizeEvent *event)
 {
     QQuickView::resizeEvent(event);
     // The next window is neither maximised nor full screen, and is not to fill the screen.
-    if (visibility() != QWindow::Windowed)
+    // Nor is a smaller screen to change what the user has set.
+    if (visibility() != QWindow::Windowed || size() == startSize())
         return;
     m_newSize = event->size();
     m_sizeSettling.start();

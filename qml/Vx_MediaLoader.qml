@@ -192,7 +192,7 @@ Item {
     // Leaves the player with an empty source.
     function handleFailure() {
         const medium = mediaPlayer.mediaSource;
-        const message = mediaPlayer.errorString;
+        const message = mediaPlayer.errorString || qsTr("The medium cannot be played.");
         // The message stays until the user goes on, however much of the picture was seen.
         vxGlobalObject.pauseTimerNextImage();
         mediaPlayer.mediaSource = "";
@@ -230,6 +230,13 @@ Item {
 
         function onShaderEffectSourceChanged() {
             loader.watchPlayer();
+        }
+
+        // Also where there is only sound.
+        function onPositionChanged() {
+            if (loader.mediaPlayer.position > 0
+                    && loader.mediaPlayer.playerStatus === Vx_MediaPlayer.Buffered)
+                vxGlobalObject.noteShown();
         }
 
         function onPlayerStatusChanged() {

@@ -127,6 +127,7 @@ GLuint DecoderTarget::keepPicture()
     dropKept();
     QOpenGLFunctions *gl = m_context->functions();
     GLuint framebuffer = 0;
+    m_keptAge = 0;
     gl->glGenFramebuffers(1, &framebuffer);
     gl->glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
     gl->glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, m_shown, 0);
@@ -139,6 +140,15 @@ GLuint DecoderTarget::keepPicture()
     gl->glDeleteFramebuffers(1, &framebuffer);
     flush();
     return m_kept;
+}
+
+void DecoderTarget::ageKept()
+{
+    constexpr int kPictures = 25;
+    if (++m_keptAge < kPictures)
+        return;
+    makeCurrent();
+    dropKept();
 }
 
 void DecoderTarget::dropKept()

@@ -58,6 +58,12 @@ public:
     /// nobody has to do without. Returns it; 0 where nothing was shown.
     GLuint keepPicture();
 
+    /// Whether there is anything to keep.
+    bool hasPicture() const { return m_shown != 0; }
+
+    /// Counts a picture that was shown instead of the kept one, which goes after some.
+    void ageKept();
+
     /// That texture; 0: none.
     GLuint kept() const { return m_kept; }
 
@@ -80,6 +86,7 @@ private:
     std::unique_ptr<YuvConverter> m_converter; // null for four-byte pixels
     GLuint m_shown = 0; // of the frame or the framebuffer
     GLuint m_kept = 0;
+    int m_keptAge = 0; // in pictures
     QSize m_size;
     bool m_studioRange = false;
     bool m_tessarel = false;

@@ -185,6 +185,8 @@ void VxVlcPlayerQml::open(bool again)
     // one: wanted where it is the same medium, and elsewhere passed off as the new medium's.
     if (!again)
         stop();
+    else if (m_session)
+        m_session->endRest();
     desinitVlcMediaInstance();
     initVlcPlayerInstance();
     initVlcMediaInstance();
@@ -193,6 +195,10 @@ void VxVlcPlayerQml::open(bool again)
         startPlaying();
     } else {
         const int generation = ++m_generation;
+        // As at each opening: the failure must be told once more.
+        m_errorTold = false;
+        m_state = Opening;
+        Q_EMIT vlcStateChanged(m_state);
         QMetaObject::invokeMethod(
             this,
             [this, generation] {
@@ -281,10 +287,10 @@ void VxVlcPlayerQml::play()
     }
 }
 
-void VxVlcPlayerQml::restart()
+void VxVlcPlayerQml::restart(bool afresh)
 {
     if (!m_source.isEmpty())
-        open(m_state == Ended);
+        open(m_state == Ended && !afresh);
 }
 
 void VxVlcPlayerQml::stop()
@@ -306,6 +312,8 @@ void VxVlcPlayerQml::stop()
             this, [this, generation] { handleState(generation, Stopped, {}); },
             Qt::QueuedConnection);
     }
+    // A change of the format that was under way may have brought a picture back.
+    setTextureId(0);
     m_rest.start();
 }
 

@@ -119,7 +119,8 @@ public:
     Q_INVOKABLE void pause();
     /// After the end or an error the medium is opened anew.
     Q_INVOKABLE void play();
-    Q_INVOKABLE void restart();
+    /// \a afresh: with all that libvlc asks at an opening, as other options need it.
+    Q_INVOKABLE void restart(bool afresh = false);
     /// No picture is left, and none comes any more. Returns when libvlc's threads for this medium
     /// have ended; those that take long, because a server or a disk does not answer, end by
     /// themselves.

@@ -74,8 +74,9 @@ void VxVlcPlayerQml::onCleanup(void *opaque)
     // Where the medium goes on, with another format or from its beginning, its last picture stays;
     // formats that libvlc only tries show none.
     const bool isStopping = session->isStopping();
+    const bool wasShown = target.hasPicture();
     const GLuint kept = isStopping ? 0 : target.keepPicture();
-    if (const VlcSession::ItemLock item(session); item && (isStopping || kept != 0))
+    if (const VlcSession::ItemLock item(session); item && (isStopping || wasShown))
         item->forgetPicture(kept);
     if (isStopping)
         target.dropKept();
@@ -262,11 +263,9 @@ void VxVlcPlayerQml::forgetPicture(unsigned kept)
 bool VxVlcPlayerQml::display(DecoderTarget &target)
 {
     ++m_displays;
-    // The one before has taken its place on the screen.
-    if (target.kept() != 0 && m_textureId != static_cast<int>(target.kept())) {
-        target.makeCurrent();
-        target.dropKept();
-    }
+    // Another one has taken its place; renderers hear of that some time later.
+    if (target.kept() != 0 && m_textureId != static_cast<int>(target.kept()))
+        target.ageKept();
     // A skipped picture, and that of a hidden window, stays in the frame's memory, for the next one
     // to be written over.
     if (m_seen && (m_displays > kSkippedDisplays || m_hasFewPictures)) {

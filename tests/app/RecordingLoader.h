@@ -59,6 +59,7 @@ public:
     {
         makeObjects();
         controller->setMediaLoader(&loader);
+        loader.player.setProperty("playerStatus", 6); // shows its medium
     }
 
     RecordingLoader loader;

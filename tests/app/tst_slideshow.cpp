@@ -35,7 +35,7 @@ private Q_SLOTS:
             init();
             openList(3);
             m_controller->setLoopMode(loopMode);
-            m_controller->setPlayListIndex(from);
+            m_controller->choosePlayListIndex(from);
             m_app->loader.media.clear();
             QSignalSpy end(m_controller, &VxGlobalObject::endOfPlaylistReached);
             m_controller->playListSetNext(forced);
@@ -48,7 +48,7 @@ private Q_SLOTS:
     void sameIndexIsNoStep()
     {
         openList(3);
-        m_controller->setPlayListIndex(0);
+        m_controller->choosePlayListIndex(0);
         m_controller->setProperty("playListIndex", 7); // beyond the list
         QVERIFY(m_app->loader.media.isEmpty());
         m_controller->playListSetNext();
