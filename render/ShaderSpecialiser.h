@@ -2,9 +2,9 @@
 #pragma once
 
 // Makes the panorama's program cheaper without changing its pixels. The builder's texts serve every
-// case; most of what they compute is known before the draw. Where the processor draws this halves the
-// cost of a frame: there each uniform that a fragment reads costs as much as a dozen operations.
-// Elsewhere it is less work all the same, so nothing switches it off.
+// case; most of what they compute is known before the draw. Where the processor draws this halves
+// the cost of a frame: there each uniform that a fragment reads costs as much as a dozen
+// operations. Elsewhere it is less work all the same, so nothing switches it off.
 
 #include <QByteArray>
 #include <QVector>
